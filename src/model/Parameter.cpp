@@ -1,0 +1,92 @@
+#include "model/Parameter.h"
+
+#include "core/JsonMembers.h"
+#include "mat/Exceptions.h"
+#include "mat/IGraph.h"
+#include "mat/IGraphLibrary.h"
+#include "mat/IGraphNode.h"
+#include "model/Type.h"
+
+namespace mat {
+
+void ParameterList::Append(Parameter parameter) {
+  positions[parameter.GetName()] = items.size();
+  items.push_back(std::move(parameter));
+}
+
+bool ParameterList::Find(const char* name, size_t* position) const {
+  if (name == nullptr) return false;
+  const auto found = positions.find(name);
+  if (found == positions.end()) return false;
+  if (position != nullptr) *position = found->second;
+  return true;
+}
+
+void ParameterList::Erase(size_t position) {
+  items.erase(items.begin() + static_cast<std::ptrdiff_t>(position));
+  positions.clear();
+  for (size_t i = 0; i < items.size(); ++i) positions[items[i].GetName()] = i;
+}
+
+void readParameters(ParameterList& list, const picojson::array& entries,
+                    const IGraphLibrary* library, const char* member) {
+  list.items.reserve(list.items.size() + entries.size());
+  for (const picojson::value& entry : entries) {
+    const picojson::object& fields = objectMember(entry, member);
+    const std::string& name = getStringMember(fields, "name");
+    const UUID typeUUID = getUUIDMember(fields, "type");
+    const IType* type = library != nullptr ? library->FindType(typeUUID, true) : nullptr;
+    Parameter parameter(name, Reference<IType>(type, typeUUID));
+    const auto defaultValue = fields.find("default");
+    if (defaultValue != fields.end()) {
+      parameter.SetDefault(Value(objectMember(defaultValue->second, "default"), library));
+    }
+    list.Append(std::move(parameter));
+  }
+}
+
+picojson::value saveConnectionSource(const IGraph& graph, size_t sourceNode, size_t sourceOutput) {
+  const IGraphNode* source = graph.GetNode(sourceNode);
+  const std::string sourceText =
+      sourceNode == graph.GetInputNodeIndex() ? std::string() : uuidText(source->GetUUID());
+  const auto sourceClass = source->GetNodeClass();
+  const char* outputName = sourceClass->GetOutput(sourceOutput)->GetName();
+  return picojson::value(picojson::array{picojson::value(sourceText), picojson::value(outputName)});
+}
+
+picojson::object saveParameter(const INodeClass* nodeClass, size_t index, ParameterSide side) {
+  const bool isOutput = side == ParameterSide::Output;
+  const IParameter* parameter = isOutput ? nodeClass->GetOutput(index) : nodeClass->GetInput(index);
+  const auto* ours = dynamic_cast<const Parameter*>(parameter);
+
+  picojson::object entry;
+  entry["name"] = picojson::value(parameter->GetName());
+  entry["type"] =
+      picojson::value(referenceText(parameter->GetType(), ours ? ours->GetTypeUUID() : UUID{}));
+  if (const IValue* defaultValue = parameter->GetDefault()) {
+    entry["default"] = picojson::value(saveValue(*defaultValue));
+  }
+  if (isOutput && nodeClass->IsGraph()) {
+    const auto& graph = dynamic_cast<const IGraph&>(*nodeClass);
+    size_t sourceNode = 0;
+    size_t sourceOutput = 0;
+    if (graph.GetNode(graph.GetOutputNodeIndex())
+            ->GetInputConnection(index, &sourceNode, &sourceOutput)) {
+      entry["from"] = saveConnectionSource(graph, sourceNode, sourceOutput);
+    }
+  }
+  return entry;
+}
+
+picojson::array saveParameters(const INodeClass* nodeClass, ParameterSide side) {
+  const size_t count =
+      side == ParameterSide::Output ? nodeClass->GetOutputCount() : nodeClass->GetInputCount();
+  picojson::array entries;
+  entries.reserve(count);
+  for (size_t i = 0; i < count; ++i) {
+    entries.push_back(picojson::value(saveParameter(nodeClass, i, side)));
+  }
+  return entries;
+}
+
+}  // namespace mat

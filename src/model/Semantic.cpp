@@ -1,0 +1,33 @@
+#include "model/Semantic.h"
+
+#include "core/JsonMembers.h"
+#include "mat/Exceptions.h"
+#include "mat/IGraphLibrary.h"
+#include "model/Type.h"
+
+namespace mat {
+
+Semantic::Semantic(const UUID& uuid, const picojson::object& item, const IGraphLibrary* library)
+    : uuid_(uuid) {
+  for (const auto& [key, value] : item) {
+    if (key == "desc") {
+      name_ = readDesc(value);
+    } else if (key == "type") {
+      if (!value.is<std::string>()) throw InputFileParsingException("Invalid type for type");
+      const UUID typeUUID = uuidFromText(value.get<std::string>());
+      type_ = Reference<IType>(library != nullptr ? library->FindType(typeUUID, true) : nullptr,
+                               typeUUID);
+    }
+  }
+}
+
+picojson::object saveSemantic(const ISemantic* semantic) {
+  picojson::object item;
+  writeItemHeader(item, semantic, "semantic");
+  const auto* ours = dynamic_cast<const Semantic*>(semantic);
+  const UUID unresolved = ours != nullptr ? ours->GetTypeUUID() : UUID{};
+  item["type"] = picojson::value(referenceText(semantic->GetType(), unresolved));
+  return item;
+}
+
+}  // namespace mat

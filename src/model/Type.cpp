@@ -1,0 +1,40 @@
+#include "model/Type.h"
+
+#include "core/JsonMembers.h"
+#include "mat/Exceptions.h"
+
+namespace mat {
+
+const std::string& readDesc(const picojson::value& desc) {
+  if (!desc.is<std::string>()) throw InputFileParsingException("Invalid type for desc");
+  return desc.get<std::string>();
+}
+
+const picojson::object& objectMember(const picojson::value& value, const char* member) {
+  if (!value.is<picojson::object>()) {
+    throw InputFileParsingException(std::string("Invalid type for ") + member);
+  }
+  return value.get<picojson::object>();
+}
+
+Type::Type(const UUID& uuid, const picojson::object& item, const IGraphLibrary* library)
+    : uuid_(uuid) {
+  for (const auto& [key, value] : item) {
+    if (key == "default") {
+      defaultValue_.Read(objectMember(value, "default"), library);
+    } else if (key == "desc") {
+      name_ = readDesc(value);
+    }
+  }
+}
+
+picojson::object saveType(const IType* type) {
+  picojson::object item;
+  writeItemHeader(item, type, "type");
+  if (const IValue* defaultValue = type->GetDefault()) {
+    item["default"] = picojson::value(saveValue(*defaultValue));
+  }
+  return item;
+}
+
+}  // namespace mat

@@ -1,0 +1,219 @@
+// Reading and writing the value object of library files.
+#include <cfloat>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "core/JsonMembers.h"
+#include "mat/Exceptions.h"
+#include "mat/Functions.h"
+#include "mat/IGraphLibrary.h"
+#include "mat/ISemantic.h"
+#include "model/Value.h"
+
+namespace mat {
+namespace {
+
+struct Component {
+  const char* keyword;
+  ValueType kind;
+};
+
+constexpr Component components[] = {
+    {"bool", ValueType::Bool}, {"int", ValueType::Int},       {"float", ValueType::Float},
+    {"uuid", ValueType::UUID}, {"string", ValueType::String}, {"semantic", ValueType::Semantic},
+};
+
+const char* keywordOf(ValueType kind) {
+  for (const Component& component : components) {
+    if (component.kind == kind) return component.keyword;
+  }
+  return nullptr;
+}
+
+ValueType kindOf(const std::string& keyword) {
+  for (const Component& component : components) {
+    if (keyword == component.keyword) return component.kind;
+  }
+  throw InputFileParsingException("Value has no valid component!");
+}
+
+// The nearest float; beyond the float range an infinity of the same sign. Halfway
+// between the largest float and the next power of two rounds to infinity, as IEEE
+// rounding to nearest even does.
+float toFloat(double number) {
+  constexpr double overflowThreshold = 0x1.ffffffp+127;
+  if (std::fabs(number) >= overflowThreshold) {
+    return number > 0 ? std::numeric_limits<float>::infinity()
+                      : -std::numeric_limits<float>::infinity();
+  }
+  if (std::fabs(number) > FLT_MAX) return number > 0 ? FLT_MAX : -FLT_MAX;
+  return static_cast<float>(number);
+}
+
+// Truncated toward zero; outside the 32-bit range the smallest int.
+int32_t toInt(double number) {
+  if (!(number > -2147483649.0 && number < 2147483648.0)) {
+    return std::numeric_limits<int32_t>::min();
+  }
+  return static_cast<int32_t>(number);
+}
+
+double readNumber(const picojson::value& element) {
+  if (!element.is<double>()) throw InputFileParsingException("Wrong value given, double expected!");
+  return element.get<double>();
+}
+
+UUID readUUID(const picojson::value& element) {
+  if (!element.is<std::string>())
+    throw InputFileParsingException("Wrong value given, expected UUID!");
+  UUID uuid;
+  if (!makeUUID(element.get<std::string>().c_str(), uuid)) {
+    throw InputFileParsingException("Wrong value given, invalid UUID!");
+  }
+  return uuid;
+}
+
+// Calls `read` for each element: the items of an array, or the value itself.
+template <typename Element, typename ReadElement>
+std::vector<Element> readElements(const picojson::value& value, ReadElement read) {
+  std::vector<Element> elements;
+  if (value.is<picojson::array>()) {
+    const picojson::array& items = value.get<picojson::array>();
+    elements.reserve(items.size());
+    for (const picojson::value& item : items) elements.push_back(read(item));
+  } else {
+    elements.push_back(read(value));
+  }
+  return elements;
+}
+
+Value::Storage readStorage(ValueType kind, const picojson::value& value,
+                           const IGraphLibrary* library) {
+  switch (kind) {
+    case ValueType::Float:
+      return readElements<float>(value, [](const auto& e) { return toFloat(readNumber(e)); });
+    case ValueType::Int:
+      return readElements<int32_t>(value, [](const auto& e) { return toInt(readNumber(e)); });
+    case ValueType::Bool:
+      return readElements<bool>(value, [](const picojson::value& element) {
+        if (element.is<bool>()) return element.get<bool>();
+        if (element.is<std::string>()) return element.get<std::string>() == "true";
+        throw InputFileParsingException("Wrong value given for bool, true or false expected!");
+      });
+    case ValueType::String:
+      return readElements<std::string>(value, [](const picojson::value& element) {
+        if (!element.is<std::string>()) {
+          throw InputFileParsingException("Wrong value given, string expected!");
+        }
+        return element.get<std::string>();
+      });
+    case ValueType::UUID:
+      return readElements<UUID>(value, readUUID);
+    case ValueType::Semantic:
+      return readElements<Value::SemanticElement>(value, [library](const picojson::value& e) {
+        const UUID uuid = readUUID(e);
+        const ISemantic* semantic =
+            library != nullptr ? library->FindSemantic(uuid, true) : nullptr;
+        return Value::SemanticElement(semantic, uuid);
+      });
+    case ValueType::None:
+      break;
+  }
+  return std::monostate{};
+}
+
+// A float as a JSON number. An infinity has no JSON form; a number beyond the float
+// range reads back as the same infinity.
+double floatNumber(float element) {
+  if (std::isnan(element)) throw InvalidDataAccess("Float value is not a number");
+  if (std::isinf(element)) return element > 0 ? 1e39 : -1e39;
+  return static_cast<double>(element);
+}
+
+picojson::value elementJson(const Value::Storage& storage, size_t index) {
+  switch (static_cast<ValueType>(storage.index())) {
+    case ValueType::Bool:
+      return picojson::value(static_cast<bool>(std::get<std::vector<bool>>(storage)[index]));
+    case ValueType::Int:
+      return picojson::value(static_cast<double>(std::get<std::vector<int32_t>>(storage)[index]));
+    case ValueType::Float:
+      return picojson::value(floatNumber(std::get<std::vector<float>>(storage)[index]));
+    case ValueType::UUID:
+      return picojson::value(uuidText(std::get<std::vector<UUID>>(storage)[index]));
+    case ValueType::String:
+      return picojson::value(std::get<std::vector<std::string>>(storage)[index]);
+    case ValueType::Semantic: {
+      const auto& element = std::get<std::vector<Value::SemanticElement>>(storage)[index];
+      return picojson::value(referenceText(element.object, element.uuid));
+    }
+    case ValueType::None:
+      break;
+  }
+  return picojson::value();
+}
+
+// A copy of a value of another implementation of IValue, through its accessors.
+Value::Storage storageOf(const IValue& value) {
+  const size_t count = value.GetCount();
+  auto collect = [&](auto element) {
+    std::vector<decltype(element(size_t{0}))> elements;
+    elements.reserve(count);
+    for (size_t i = 0; i < count; ++i) elements.push_back(element(i));
+    return elements;
+  };
+  switch (value.GetValueType()) {
+    case ValueType::Bool:
+      return collect([&](size_t i) { return value.GetBool(i); });
+    case ValueType::Int:
+      return collect([&](size_t i) { return value.GetInt(i); });
+    case ValueType::Float:
+      return collect([&](size_t i) { return value.GetFloat(i); });
+    case ValueType::UUID:
+      return collect([&](size_t i) { return value.GetUUID(i); });
+    case ValueType::String:
+      return collect([&](size_t i) { return std::string(value.GetString(i)); });
+    case ValueType::Semantic:
+      return collect([&](size_t i) { return Value::SemanticElement(value.GetSemantic(i)); });
+    case ValueType::None:
+      break;
+  }
+  return std::monostate{};
+}
+
+}  // namespace
+
+Value::Value(const picojson::object& object, const IGraphLibrary* library) {
+  Read(object, library);
+}
+
+void Value::Read(const picojson::object& object, const IGraphLibrary* library) {
+  Clear();
+  const auto value = object.find("value");
+  if (value == object.end()) throw InputFileParsingException("Value has no value setting!");
+  const ValueType kind = kindOf(getStringMember(object, "component"));
+  storage_ = readStorage(kind, value->second, library);
+}
+
+picojson::object saveValue(const IValue& value) {
+  const auto* ours = dynamic_cast<const Value*>(&value);
+  const Value::Storage copied = ours != nullptr ? Value::Storage() : storageOf(value);
+  const Value::Storage& storage = ours != nullptr ? ours->GetStorage() : copied;
+
+  picojson::object object;
+  const char* keyword = keywordOf(static_cast<ValueType>(storage.index()));
+  if (keyword == nullptr) return object;
+  object["component"] = picojson::value(keyword);
+  const size_t count = value.GetCount();
+  if (count == 1) {
+    object["value"] = elementJson(storage, 0);
+  } else if (count > 1) {
+    picojson::array items;
+    items.reserve(count);
+    for (size_t i = 0; i < count; ++i) items.push_back(elementJson(storage, i));
+    object["value"] = picojson::value(std::move(items));
+  }
+  return object;
+}
+
+}  // namespace mat
