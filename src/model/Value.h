@@ -60,4 +60,12 @@ class Value final : public IValue {
 // infinity.
 picojson::object saveValue(const IValue& value);
 
+// A JSON number as a float: the nearest float, and beyond the float range an infinity of
+// the same sign.
+float roundToFloat(double number);
+
+// A float as a JSON number: an infinity as a number beyond the float range (which reads
+// back as the same infinity). Throws InvalidDataAccess "Float value is not a number" for NaN.
+double floatToJsonNumber(float number);
+
 }  // namespace mat

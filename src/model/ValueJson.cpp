@@ -38,19 +38,6 @@ ValueType kindOf(const std::string& keyword) {
   throw InputFileParsingException("Value has no valid component!");
 }
 
-// The nearest float; beyond the float range an infinity of the same sign. Halfway
-// between the largest float and the next power of two rounds to infinity, as IEEE
-// rounding to nearest even does.
-float toFloat(double number) {
-  constexpr double overflowThreshold = 0x1.ffffffp+127;
-  if (std::fabs(number) >= overflowThreshold) {
-    return number > 0 ? std::numeric_limits<float>::infinity()
-                      : -std::numeric_limits<float>::infinity();
-  }
-  if (std::fabs(number) > FLT_MAX) return number > 0 ? FLT_MAX : -FLT_MAX;
-  return static_cast<float>(number);
-}
-
 // Truncated toward zero; outside the 32-bit range the smallest int.
 int32_t toInt(double number) {
   if (!(number > -2147483649.0 && number < 2147483648.0)) {
@@ -92,7 +79,7 @@ Value::Storage readStorage(ValueType kind, const picojson::value& value,
                            const IGraphLibrary* library) {
   switch (kind) {
     case ValueType::Float:
-      return readElements<float>(value, [](const auto& e) { return toFloat(readNumber(e)); });
+      return readElements<float>(value, [](const auto& e) { return roundToFloat(readNumber(e)); });
     case ValueType::Int:
       return readElements<int32_t>(value, [](const auto& e) { return toInt(readNumber(e)); });
     case ValueType::Bool:
@@ -123,14 +110,6 @@ Value::Storage readStorage(ValueType kind, const picojson::value& value,
   return std::monostate{};
 }
 
-// A float as a JSON number. An infinity has no JSON form; a number beyond the float
-// range reads back as the same infinity.
-double floatNumber(float element) {
-  if (std::isnan(element)) throw InvalidDataAccess("Float value is not a number");
-  if (std::isinf(element)) return element > 0 ? 1e39 : -1e39;
-  return static_cast<double>(element);
-}
-
 picojson::value elementJson(const Value::Storage& storage, size_t index) {
   switch (static_cast<ValueType>(storage.index())) {
     case ValueType::Bool:
@@ -138,7 +117,7 @@ picojson::value elementJson(const Value::Storage& storage, size_t index) {
     case ValueType::Int:
       return picojson::value(static_cast<double>(std::get<std::vector<int32_t>>(storage)[index]));
     case ValueType::Float:
-      return picojson::value(floatNumber(std::get<std::vector<float>>(storage)[index]));
+      return picojson::value(floatToJsonNumber(std::get<std::vector<float>>(storage)[index]));
     case ValueType::UUID:
       return picojson::value(uuidText(std::get<std::vector<UUID>>(storage)[index]));
     case ValueType::String:
@@ -182,6 +161,25 @@ Value::Storage storageOf(const IValue& value) {
 }
 
 }  // namespace
+
+// Halfway between the largest float and the next power of two rounds to infinity, as
+// IEEE rounding to nearest even does.
+float roundToFloat(double number) {
+  constexpr double overflowThreshold = 0x1.ffffffp+127;
+  if (std::fabs(number) >= overflowThreshold) {
+    return number > 0 ? std::numeric_limits<float>::infinity()
+                      : -std::numeric_limits<float>::infinity();
+  }
+  if (std::fabs(number) > FLT_MAX) return number > 0 ? FLT_MAX : -FLT_MAX;
+  return static_cast<float>(number);
+}
+
+// An infinity has no JSON form; 1e39 is beyond the float range and reads back as infinity.
+double floatToJsonNumber(float number) {
+  if (std::isnan(number)) throw InvalidDataAccess("Float value is not a number");
+  if (std::isinf(number)) return number > 0 ? 1e39 : -1e39;
+  return static_cast<double>(number);
+}
 
 Value::Value(const picojson::object& object, const IGraphLibrary* library) {
   Read(object, library);

@@ -1,0 +1,204 @@
+#include "graph/GraphNode.h"
+
+#include "core/JsonMembers.h"
+#include "graph/Graph.h"
+#include "mat/Exceptions.h"
+#include "mat/Functions.h"
+#include "mat/IGraphLibrary.h"
+#include "mat/IParameter.h"
+#include "model/Type.h"
+
+namespace mat {
+namespace {
+
+// A "from" pair: [source node UUID text, output name].
+struct ConnectionSource {
+  UUID node;
+  const std::string& output;
+};
+
+ConnectionSource readConnectionSource(const picojson::value& from) {
+  if (from.is<picojson::array>()) {
+    const picojson::array& pair = from.get<picojson::array>();
+    if (pair.size() == 2 && pair[0].is<std::string>() && pair[1].is<std::string>()) {
+      return {uuidFromText(pair[0].get<std::string>()), pair[1].get<std::string>()};
+    }
+  }
+  throw InputFileParsingException("Invalid type for from");
+}
+
+}  // namespace
+
+GraphNode::GraphNode(const UUID& uuid, const picojson::object& node)
+    : kind_(ClassNode), uuid_(uuid) {
+  for (const auto& [key, value] : node) {
+    if (key == "desc") {
+      name_ = readDesc(value);
+    } else if (key == "editorpos") {
+      const picojson::array* position =
+          value.is<picojson::array>() ? &value.get<picojson::array>() : nullptr;
+      if (position == nullptr || position->size() != 2 || !(*position)[0].is<double>() ||
+          !(*position)[1].is<double>()) {
+        throw InputFileParsingException("Invalid type for editorpos");
+      }
+      editorX_ = roundToFloat((*position)[0].get<double>());
+      editorY_ = roundToFloat((*position)[1].get<double>());
+    }
+  }
+}
+
+GraphNode::GraphNode(const UUID& uuid, NodeKind kind, std::shared_ptr<const INodeClass> nodeClass)
+    : kind_(kind), nodeClass_(std::move(nodeClass)), uuid_(uuid) {
+  if (kind == GraphInputNode) name_ = "GraphInputs";
+  if (kind == GraphOutputNode) name_ = "GraphOutputs";
+  ResizeInputs();
+}
+
+bool GraphNode::GetInputConnection(size_t index, size_t* sourceNode, size_t* sourceOutput) const {
+  if (index >= inputs_.size() || !inputs_[index].connected) return false;
+  if (sourceNode != nullptr) *sourceNode = inputs_[index].sourceNode;
+  if (sourceOutput != nullptr) *sourceOutput = inputs_[index].sourceOutput;
+  return true;
+}
+
+const IValue* GraphNode::GetInputDefault(size_t index) const {
+  if (index >= inputs_.size() || inputs_[index].defaultValue.IsNone()) return nullptr;
+  return &inputs_[index].defaultValue;
+}
+
+void GraphNode::GetEditorPosition(float* x, float* y) const {
+  *x = editorX_;
+  *y = editorY_;
+}
+
+void GraphNode::ReadNodeClass(const picojson::object& node, const IGraphLibrary* library) {
+  const auto member = node.find("node");
+  if (member == node.end()) {
+    throw InputFileParsingException("Node " + uuidText(uuid_) + ": member \"node\" is missing");
+  }
+  if (!member->second.is<std::string>()) throw InputFileParsingException("Invalid type for node");
+  const UUID classUUID = uuidFromText(member->second.get<std::string>());
+  nodeClass_ = library->FindAnyNodeClass(classUUID, true);
+  if (!nodeClass_) {
+    throw InputFileParsingException("Node " + uuidText(uuid_) + ": node class " +
+                                    uuidText(classUUID) + " not found");
+  }
+  kind_ = nodeClass_->IsGraph() ? NestedGraphNode : ClassNode;
+}
+
+void GraphNode::ReadInputs(const picojson::object& node, const Graph& graph) {
+  ResizeInputs();
+  const auto member = node.find("input");
+  if (member == node.end()) return;
+  const picojson::value& input = member->second;
+  size_t index = 0;
+  auto connect = [&](const picojson::value& from) {
+    const ConnectionSource source = readConnectionSource(from);
+    resolveConnection(source.node, source.output, graph, inputs_[index],
+                      nodeClass_->GetInput(index)->GetType());
+  };
+  if (input.is<picojson::array>()) {
+    for (const picojson::value& entry : input.get<picojson::array>()) {
+      const picojson::object& fields = objectMember(entry, "input");
+      if (!nodeClass_->FindInput(getStringMember(fields, "name").c_str(), &index)) continue;
+      const auto from = fields.find("from");
+      if (from != fields.end()) connect(from->second);
+      const auto defaultValue = fields.find("default");
+      if (defaultValue != fields.end()) {
+        inputs_[index].defaultValue.Read(objectMember(defaultValue->second, "default"),
+                                         graph.GetLibrary());
+      }
+    }
+  } else if (input.is<picojson::object>()) {
+    for (const auto& [name, from] : input.get<picojson::object>()) {
+      if (nodeClass_->FindInput(name.c_str(), &index)) connect(from);
+    }
+  } else {
+    throw InputFileParsingException("Invalid type for input");
+  }
+}
+
+void GraphNode::ReadOutputConnections(const picojson::array& outputs, const Graph& graph) {
+  ResizeInputs();
+  for (size_t index = 0; index < outputs.size() && index < inputs_.size(); ++index) {
+    const picojson::object& fields = objectMember(outputs[index], "output");
+    const auto from = fields.find("from");
+    if (from == fields.end()) continue;
+    const ConnectionSource source = readConnectionSource(from->second);
+    resolveConnection(source.node, source.output, graph, inputs_[index],
+                      graph.GetOutput(index)->GetType());
+  }
+}
+
+ConnectionResult GraphNode::Connect(const char* inputName, const IGraphNode& source,
+                                    const char* outputName, const Graph& graph) {
+  size_t index = 0;
+  if (!nodeClass_->FindInput(inputName, &index)) return ConnectionNotFound;
+  if (inputs_.size() < nodeClass_->GetInputCount()) ResizeInputs();
+  return resolveConnection(source.GetUUID(), outputName != nullptr ? outputName : "", graph,
+                           inputs_[index], nodeClass_->GetInput(index)->GetType());
+}
+
+void GraphNode::ResizeInputs() { inputs_.resize(nodeClass_ ? nodeClass_->GetInputCount() : 0); }
+
+std::shared_ptr<GraphNode> GraphNode::Clone() const {
+  auto copy = std::make_shared<GraphNode>(generateUUID(), kind_, nodeClass_);
+  copy->inputs_ = inputs_;
+  copy->name_ = name_;
+  return copy;
+}
+
+ConnectionResult resolveConnection(const UUID& source, const std::string& outputName,
+                                   const Graph& graph, NodeInput& input,
+                                   const IType* expectedType) {
+  size_t sourceNode = graph.GetInputNodeIndex();
+  size_t sourceOutput = 0;
+  if (source == UUID{}) {
+    if (!graph.FindInput(outputName.c_str(), &sourceOutput)) return ConnectionNotFound;
+    if (graph.GetInput(sourceOutput)->GetType() != expectedType) return ConnectionTypeMismatch;
+  } else {
+    sourceNode = graph.FindNodeIndex(source);
+    const auto& sourceClass = graph.GetGraphNode(sourceNode).GetNodeClass();
+    if (!sourceClass->FindOutput(outputName.c_str(), &sourceOutput)) return ConnectionNotFound;
+    if (sourceClass->GetOutput(sourceOutput)->GetType() != expectedType) {
+      return ConnectionTypeMismatch;
+    }
+  }
+  input.connected = true;
+  input.sourceNode = sourceNode;
+  input.sourceOutput = sourceOutput;
+  return ConnectionOk;
+}
+
+picojson::object saveGraphNode(const IGraphNode* node, const IGraph* graph) {
+  picojson::object object;
+  if (node->GetName()[0] != '\0') object["desc"] = picojson::value(node->GetName());
+  float x = 0;
+  float y = 0;
+  node->GetEditorPosition(&x, &y);
+  if (!(x == 0 && y == 0)) {
+    object["editorpos"] = picojson::value(picojson::array{picojson::value(floatToJsonNumber(x)),
+                                                          picojson::value(floatToJsonNumber(y))});
+  }
+  object["uuid"] = picojson::value(uuidText(node->GetUUID()));
+  const auto nodeClass = node->GetNodeClass();
+  object["node"] = picojson::value(uuidText(nodeClass->GetUUID()));
+
+  picojson::array entries;
+  for (size_t i = 0; i < nodeClass->GetInputCount(); ++i) {
+    size_t sourceNode = 0;
+    size_t sourceOutput = 0;
+    const bool connected = node->GetInputConnection(i, &sourceNode, &sourceOutput);
+    const IValue* defaultValue = node->GetInputDefault(i);
+    if (!connected && defaultValue == nullptr) continue;
+    picojson::object entry;
+    entry["name"] = picojson::value(nodeClass->GetInput(i)->GetName());
+    if (connected) entry["from"] = saveConnectionSource(*graph, sourceNode, sourceOutput);
+    if (defaultValue != nullptr) entry["default"] = picojson::value(saveValue(*defaultValue));
+    entries.push_back(picojson::value(std::move(entry)));
+  }
+  if (!entries.empty()) object["input"] = picojson::value(std::move(entries));
+  return object;
+}
+
+}  // namespace mat

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <picojson.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "mat/IGraphNode.h"
+#include "mat/INodeClass.h"
+#include "model/Value.h"
+
+namespace mat {
+
+class Graph;
+class IGraphLibrary;
+class IType;
+
+// The state of one input of a node: its default and the output that feeds it.
+struct NodeInput {
+  Value defaultValue;
+  bool connected = false;
+  size_t sourceNode = 0;    // index of the source node in the graph
+  size_t sourceOutput = 0;  // index of the output in the source node's class
+
+  void Disconnect() {
+    connected = false;
+    sourceNode = 0;
+    sourceOutput = 0;
+  }
+};
+
+// The one implementation of IGraphNode. A node does not know its graph; the operations
+// that need it take it as an argument.
+class GraphNode final : public IGraphNode {
+ public:
+  // Reads a node object's "desc" and "editorpos"; the class and the inputs are read in
+  // later passes (ReadNodeClass, ReadInputs). Throws InputFileParsingException for
+  // members of the wrong JSON type.
+  GraphNode(const UUID& uuid, const picojson::object& node);
+  // A node of `kind` and `nodeClass` with one empty record per input of the class.
+  GraphNode(const UUID& uuid, NodeKind kind, std::shared_ptr<const INodeClass> nodeClass);
+
+  const UUID& GetUUID() const override { return uuid_; }
+  const char* GetName() const override { return name_.c_str(); }
+  NodeKind GetNodeKind() const override { return kind_; }
+  bool GetInputConnection(size_t index, size_t* sourceNode, size_t* sourceOutput) const override;
+  std::shared_ptr<const INodeClass> GetNodeClass() const override { return nodeClass_; }
+  const IValue* GetInputDefault(size_t index) const override;
+  void GetEditorPosition(float* x, float* y) const override;
+
+  // Finds the class that "node" names in `library` and its parents (graphs first).
+  // Throws InputFileParsingException when "node" is missing or finds nothing.
+  void ReadNodeClass(const picojson::object& node, const IGraphLibrary* library);
+  // Reads the defaults and connections of "input" (array or object form).
+  void ReadInputs(const picojson::object& node, const Graph& graph);
+  // Output node only: reads the "from" of each graph output entry into its record.
+  void ReadOutputConnections(const picojson::array& outputs, const Graph& graph);
+  // Feeds input `inputName` from output `outputName` of `source`.
+  ConnectionResult Connect(const char* inputName, const IGraphNode& source, const char* outputName,
+                           const Graph& graph);
+  void Disconnect(size_t index) { inputs_[index].Disconnect(); }
+  void SetName(const char* name) { name_ = name != nullptr ? name : ""; }
+  void SetEditorPosition(float x, float y) {
+    editorX_ = x;
+    editorY_ = y;
+  }
+  void SetInputDefault(size_t index, const Value& value) { inputs_[index].defaultValue = value; }
+  // One record per input of the class: missing ones appended, surplus ones dropped.
+  void ResizeInputs();
+  void CopyInputsFrom(const GraphNode& other) { inputs_ = other.inputs_; }
+  // A node with a new UUID and the same kind, class, records and name, at 0, 0.
+  std::shared_ptr<GraphNode> Clone() const;
+
+  std::vector<NodeInput>& Inputs() { return inputs_; }
+  const std::vector<NodeInput>& Inputs() const { return inputs_; }
+
+ private:
+  float editorX_ = 0;
+  float editorY_ = 0;
+  NodeKind kind_;
+  std::vector<NodeInput> inputs_;
+  std::shared_ptr<const INodeClass> nodeClass_;
+  UUID uuid_;
+  std::string name_;
+};
+
+// Points `input` at output `outputName` of the node `source` of `graph` (the nil UUID
+// standing for the graph's input node, whose outputs are the graph inputs) when the
+// output exists and its type is `expectedType`; otherwise leaves `input` as it was.
+// Throws InvalidDataAccess "Node not present" when no node of `graph` has `source`.
+ConnectionResult resolveConnection(const UUID& source, const std::string& outputName,
+                                   const Graph& graph, NodeInput& input, const IType* expectedType);
+
+// The JSON object of a node: "desc", "editorpos", "uuid", "node" and "input".
+picojson::object saveGraphNode(const IGraphNode* node, const IGraph* graph);
+
+}  // namespace mat
