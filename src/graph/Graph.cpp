@@ -107,6 +107,27 @@ void Graph::RebuildNodeIndex() {
   for (size_t i = 0; i < nodes_.size(); ++i) nodeIndex_.emplace(nodes_[i]->GetUUID(), i);
 }
 
+size_t Graph::AppendNode(std::shared_ptr<GraphNode> node) {
+  const size_t index = nodes_.size();
+  nodeIndex_[node->GetUUID()] = index;
+  nodes_.push_back(std::move(node));
+  return index;
+}
+
+void Graph::EraseNode(size_t index) {
+  nodeIndex_.erase(nodes_[index]->GetUUID());
+  nodes_.erase(nodes_.begin() + static_cast<std::ptrdiff_t>(index));
+  for (auto& [uuid, position] : nodeIndex_) {
+    if (position > index) --position;
+  }
+}
+
+void Graph::ReplaceNodeAt(size_t index, std::shared_ptr<GraphNode> node) {
+  nodeIndex_.erase(nodes_[index]->GetUUID());
+  nodeIndex_[node->GetUUID()] = index;
+  nodes_[index] = std::move(node);
+}
+
 void Graph::ReadConnections(const picojson::object& item) {
   const auto nodesMember = item.find("nodes");
   const picojson::array* nodes =

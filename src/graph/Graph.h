@@ -106,12 +106,18 @@ class Graph final : public IGraph {
   const GraphNode& GetGraphNode(size_t index) const;
   void SetName(const char* name) { name_ = name != nullptr ? name : ""; }
 
-  // For a graph factory: the lists it edits. After changing the node list it calls
-  // RebuildNodeIndex.
+  // For a graph factory: the lists it edits, and the node list changes that keep the
+  // index by UUID in step. Connections are the factory's to renumber.
   ParameterList& Inputs() { return inputs_; }
   ParameterList& Outputs() { return outputs_; }
-  std::vector<std::shared_ptr<GraphNode>>& Nodes() { return nodes_; }
+  const std::vector<std::shared_ptr<GraphNode>>& Nodes() const { return nodes_; }
   GraphNode& MutableNode(size_t index) { return *nodes_[index]; }
+  // Appends `node` and returns its index. Cost: O(log n).
+  size_t AppendNode(std::shared_ptr<GraphNode> node);
+  // Erases the node at `index`; later nodes move down by one. Cost: O(n).
+  void EraseNode(size_t index);
+  // Puts `node` in place of the node at `index`. Cost: O(log n).
+  void ReplaceNodeAt(size_t index, std::shared_ptr<GraphNode> node);
   void RebuildNodeIndex();
   // The index of the node behind a handle, or false when it is not a node of this graph.
   bool IndexOfNode(const IGraphNode* node, size_t* index) const;

@@ -32,6 +32,8 @@ class Value final : public IValue {
   // Semantic elements are looked up in `library` and its parents; one found nowhere is a
   // null element. Throws InputFileParsingException; the value is then of kind None.
   void Read(const picojson::object& object, const IGraphLibrary* library);
+  // A copy of any implementation of IValue.
+  static Value CopyOf(const IValue& value);
   void Clear() { storage_ = std::monostate{}; }
   bool IsNone() const { return storage_.index() == 0; }
   const Storage& GetStorage() const { return storage_; }

@@ -181,6 +181,11 @@ double floatToJsonNumber(float number) {
   return static_cast<double>(number);
 }
 
+Value Value::CopyOf(const IValue& value) {
+  if (const auto* ours = dynamic_cast<const Value*>(&value)) return *ours;
+  return Value(storageOf(value));
+}
+
 Value::Value(const picojson::object& object, const IGraphLibrary* library) {
   Read(object, library);
 }
