@@ -12,6 +12,7 @@
 
 #include "mat/Common.h"
 #include "mat/Export.h"
+#include "mat/LoadDiagnostic.h"
 
 namespace mat {
 
@@ -64,6 +65,13 @@ MAT_API void releaseGraphLibrary(const IGraphLibrary* library);
 /// @pre @p text is not null.
 MAT_API const IGraphLibrary* loadGraphLibrary(const char* text, size_t size,
                                               const IGraphLibrary* parent, const char* name);
+/// Loads as loadGraphLibrary() does, but writes nothing on std::wcerr: @p diagnostic
+/// receives the outcome, the message and where the problem lies.
+/// @return The library, owned by the caller, or null (see LoadDiagnostic::Outcome).
+MAT_API const IGraphLibrary* loadGraphLibraryWithDiagnostic(const char* text, size_t size,
+                                                            const IGraphLibrary* parent,
+                                                            const char* name,
+                                                            LoadDiagnostic& diagnostic);
 /// Writes the library's own objects (nothing of its parents) as a library file on @p out,
 /// in one piece, and flushes. The text is canonical: saving a loaded file gives the same
 /// bytes. Nothing is written when an exception is thrown.

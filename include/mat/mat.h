@@ -20,3 +20,4 @@
 #include "mat/ISemantic.h"
 #include "mat/IType.h"
 #include "mat/IValue.h"
+#include "mat/LoadDiagnostic.h"

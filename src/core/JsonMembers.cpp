@@ -1,5 +1,6 @@
 #include "core/JsonMembers.h"
 
+#include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
 
@@ -8,6 +9,7 @@ namespace mat {
 const std::string& getStringMember(const picojson::object& item, const std::string& key) {
   const auto member = item.find(key);
   if (member == item.end() || !member->second.is<std::string>()) {
+    appendTrailStep(key);
     throw InputFileParsingException("Value not found in object");
   }
   return member->second.get<std::string>();

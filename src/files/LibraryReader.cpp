@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "graph/Graph.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
@@ -17,11 +18,26 @@
 #include "model/Type.h"
 
 namespace mat {
+
+// The item being read, for the diagnostic of a failure.
+struct LoadProgress {
+  bool inItem = false;
+  size_t itemIndex = 0;
+  UUID itemUUID{};
+
+  void EnterItem(size_t index, const UUID& uuid = UUID{}) {
+    inItem = true;
+    itemIndex = index;
+    itemUUID = uuid;
+  }
+};
+
 namespace {
 
 struct GraphItem {
   const picojson::object* item;
   UUID uuid;
+  size_t index;  // in the content array
 };
 
 const picojson::array* chooseContentArray(const picojson::array& root) {
@@ -41,37 +57,47 @@ const picojson::object& itemObject(const picojson::value& item) {
 // Pass 1: types, semantics and node classes, each registered as soon as it is built,
 // so that an item sees those before it. Graph items are only noted.
 std::vector<GraphItem> readTypesSemanticsAndNodeClasses(GraphLibrary& library,
-                                                        const picojson::array& content) {
+                                                        const picojson::array& content,
+                                                        LoadProgress& progress) {
   std::vector<GraphItem> graphItems;
-  for (const picojson::value& element : content) {
-    const picojson::object& item = itemObject(element);
+  for (size_t index = 0; index < content.size(); ++index) {
+    progress.EnterItem(index);
+    TrailStep step(index);
+    const picojson::object& item = itemObject(content[index]);
     const std::string& kind = getStringMember(item, "content");
     const UUID uuid = getUUIDMember(item, "uuid");
+    progress.itemUUID = uuid;
     if (kind == "type") {
       library.AddType(std::make_shared<Type>(uuid, item, &library));
     } else if (kind == "graph") {
-      graphItems.push_back({&item, uuid});
+      graphItems.push_back({&item, uuid, index});
     } else if (kind == "nodeclass") {
       library.AddNodeClass(std::make_shared<NodeClass>(uuid, item, &library));
     } else if (kind == "semantic") {
       library.AddSemantic(std::make_shared<Semantic>(uuid, item, &library));
     } else {
+      appendTrailStep("content");
       throw InputFileParsingException("Object with unknown type encountered");
     }
   }
+  progress.inItem = false;
   return graphItems;
 }
 
 // Pass 2: every graph with its nodes, but without their classes and connections.
 std::vector<std::shared_ptr<Graph>> readGraphs(GraphLibrary& library,
-                                               const std::vector<GraphItem>& graphItems) {
+                                               const std::vector<GraphItem>& graphItems,
+                                               LoadProgress& progress) {
   std::vector<std::shared_ptr<Graph>> graphs;
   graphs.reserve(graphItems.size());
   library.ReserveGraphs(graphItems.size());
   for (const GraphItem& graphItem : graphItems) {
+    progress.EnterItem(graphItem.index, graphItem.uuid);
+    TrailStep step(graphItem.index);
     graphs.push_back(std::make_shared<Graph>(graphItem.uuid, *graphItem.item, &library));
     library.AddGraph(graphs.back());
   }
+  progress.inItem = false;
   return graphs;
 }
 
@@ -114,43 +140,129 @@ void refuseRecursiveNesting(const std::vector<std::shared_ptr<Graph>>& graphs) {
   }
 }
 
-std::wstring widen(const char* text) {
+// Until a file is known to hold no nesting ring, a failing load must not leave graphs
+// that keep one another alive through the classes of their nodes: unless dismissed, the
+// guard drops the nodes of every graph when it goes out of scope.
+class NestingRingGuard {
+ public:
+  explicit NestingRingGuard(const std::vector<std::shared_ptr<Graph>>& graphs) : graphs_(graphs) {}
+  ~NestingRingGuard() {
+    if (!dismissed_) {
+      for (const auto& graph : graphs_) graph->DropNodes();
+    }
+  }
+  NestingRingGuard(const NestingRingGuard&) = delete;
+  NestingRingGuard& operator=(const NestingRingGuard&) = delete;
+  void Dismiss() { dismissed_ = true; }
+
+ private:
+  const std::vector<std::shared_ptr<Graph>>& graphs_;
+  bool dismissed_ = false;
+};
+
+std::wstring widen(const std::string& text) {
   std::wstring wide;
-  for (const char* c = text; *c != '\0'; ++c) wide.push_back(static_cast<unsigned char>(*c));
+  wide.reserve(text.size() + 1);
+  for (const char c : text) wide.push_back(static_cast<unsigned char>(c));
   return wide;
+}
+
+// 1-based line and column of `position` in `text`.
+void locate(const char* text, const char* position, LoadDiagnostic& diagnostic) {
+  diagnostic.line = 1;
+  const char* lineStart = text;
+  for (const char* c = text; c < position; ++c) {
+    if (*c == '\n') {
+      ++diagnostic.line;
+      lineStart = c + 1;
+    }
+  }
+  diagnostic.column = static_cast<size_t>(position - lineStart) + 1;
+}
+
+const IGraphLibrary* load(const char* text, const IGraphLibrary* parent, const char* name,
+                          LoadDiagnostic& diagnostic) {
+  diagnostic = LoadDiagnostic();
+  picojson::value root;
+  std::string syntaxError;
+  try {
+    // The text ends at its first NUL. A syntax error leaves in `root` what was read
+    // before it, and so does a number beyond the double range, which picojson throws for.
+    const char* end = text + std::strlen(text);
+    const char* stop = picojson::parse(root, text, end, &syntaxError);
+    if (!syntaxError.empty()) locate(text, stop, diagnostic);
+  } catch (const std::overflow_error&) {
+    syntaxError = "number beyond the range of a double";
+  }
+  diagnostic.message = syntaxError;
+  if (!root.is<picojson::array>()) {
+    diagnostic.outcome = LoadDiagnostic::NotALibrary;
+    if (diagnostic.message.empty()) diagnostic.message = "the root of the text is not an array";
+    return nullptr;
+  }
+  if (!syntaxError.empty()) diagnostic.outcome = LoadDiagnostic::LoadedPartially;
+
+  LoadProgress progress;
+  clearTrail();
+  try {
+    auto library = std::make_unique<GraphLibrary>(parent, name);
+    readLibrary(*library, root.get<picojson::array>(), progress, diagnostic);
+    clearTrail();
+    return library.release();
+  } catch (const std::exception& error) {
+    diagnostic.outcome = LoadDiagnostic::Refused;
+    diagnostic.message = error.what();
+    diagnostic.hasItem = progress.inItem;
+    diagnostic.itemIndex = progress.itemIndex;
+    diagnostic.itemUUID = progress.itemUUID;
+    diagnostic.jsonPath = trailPointer();
+    clearTrail();
+    return nullptr;
+  }
 }
 
 }  // namespace
 
-void readLibrary(GraphLibrary& library, const picojson::array& root) {
+void readLibrary(GraphLibrary& library, const picojson::array& root, LoadProgress& progress,
+                 LoadDiagnostic& diagnostic) {
   const picojson::array* content = chooseContentArray(root);
-  if (content == nullptr) return;  // a header without "fileversion" leaves the library empty
-  const std::vector<GraphItem> graphItems = readTypesSemanticsAndNodeClasses(library, *content);
-  const std::vector<std::shared_ptr<Graph>> graphs = readGraphs(library, graphItems);
+  if (content == nullptr) {  // a header without "fileversion" leaves the library empty
+    diagnostic.headerWithoutVersion = true;
+    return;
+  }
+  // In a versioned file the content array is element 1 of the root.
+  std::unique_ptr<TrailStep> contentStep;
+  if (content != &root) contentStep = std::make_unique<TrailStep>(size_t{1});
+  const std::vector<GraphItem> graphItems =
+      readTypesSemanticsAndNodeClasses(library, *content, progress);
+  const std::vector<std::shared_ptr<Graph>> graphs = readGraphs(library, graphItems, progress);
   // Graphs may use one another as node classes in any order, so connections are read
   // only once every graph exists.
-  for (size_t i = 0; i < graphs.size(); ++i) graphs[i]->ReadConnections(*graphItems[i].item);
+  NestingRingGuard ringGuard(graphs);
+  for (size_t i = 0; i < graphs.size(); ++i) {
+    progress.EnterItem(graphItems[i].index, graphItems[i].uuid);
+    TrailStep step(graphItems[i].index);
+    graphs[i]->ReadConnections(*graphItems[i].item);
+  }
+  progress.inItem = false;
   refuseRecursiveNesting(graphs);
+  ringGuard.Dismiss();
+}
+
+const IGraphLibrary* loadGraphLibraryWithDiagnostic(const char* text, size_t /*size*/,
+                                                    const IGraphLibrary* parent, const char* name,
+                                                    LoadDiagnostic& diagnostic) {
+  return load(text, parent, name, diagnostic);
 }
 
 const IGraphLibrary* loadGraphLibrary(const char* text, size_t /*size*/,
                                       const IGraphLibrary* parent, const char* name) {
-  picojson::value root;
-  try {
-    // The text ends at its first NUL. A syntax error leaves in `root` what was read
-    // before it, and so does a number beyond the double range, which picojson throws for.
-    picojson::parse(root, text, text + std::strlen(text), nullptr);
-  } catch (const std::overflow_error&) {
+  LoadDiagnostic diagnostic;
+  const IGraphLibrary* library = load(text, parent, name, diagnostic);
+  if (diagnostic.outcome == LoadDiagnostic::Refused) {
+    std::wcerr << widen(diagnostic.message) + L"\n" << std::flush;
   }
-  if (!root.is<picojson::array>()) return nullptr;
-  try {
-    auto library = std::make_unique<GraphLibrary>(parent, name);
-    readLibrary(*library, root.get<picojson::array>());
-    return library.release();
-  } catch (const std::exception& error) {
-    std::wcerr << widen(error.what()) + L"\n" << std::flush;
-    return nullptr;
-  }
+  return library;
 }
 
 }  // namespace mat

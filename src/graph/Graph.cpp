@@ -1,6 +1,7 @@
 #include "graph/Graph.h"
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
 #include "mat/IPortPath.h"
@@ -35,6 +36,7 @@ Graph::Graph(const UUID& uuid, const picojson::object& item, const IGraphLibrary
     : library_(library), uuid_(uuid) {
   nodes_.resize(2);  // places of the input and output nodes
   for (const auto& [key, value] : item) {
+    TrailStep step(key);
     if (key == "desc") {
       name_ = readDesc(value);
     } else if (key == "input") {
@@ -47,7 +49,9 @@ Graph::Graph(const UUID& uuid, const picojson::object& item, const IGraphLibrary
       }
       const picojson::array& nodes = value.get<picojson::array>();
       nodes_.reserve(nodes.size() + 2);
-      for (const picojson::value& element : nodes) {
+      for (size_t k = 0; k < nodes.size(); ++k) {
+        TrailStep nodeStep(k);
+        const picojson::value& element = nodes[k];
         if (!element.is<picojson::object>()) throw InputFileParsingException("Expected object");
         const picojson::object& node = element.get<picojson::object>();
         const UUID nodeUUID = getUUIDMember(node, "uuid");
@@ -134,15 +138,19 @@ void Graph::ReadConnections(const picojson::object& item) {
       nodesMember != item.end() ? &nodesMember->second.get<picojson::array>() : nullptr;
   // Node k of the file sits at index k + 2: the first pass refused repeated UUIDs.
   if (nodes != nullptr) {
+    TrailStep step(nodesMember->first);
     for (size_t k = 0; k < nodes->size(); ++k) {
+      TrailStep nodeStep(k);
       nodes_[k + 2]->ReadNodeClass((*nodes)[k].get<picojson::object>(), library_);
     }
   }
   // Every class is known before any input is read, so a connection may name a node that
   // comes later in the list.
   for (const auto& [key, value] : item) {
+    TrailStep step(key);
     if (key == "nodes") {
       for (size_t k = 0; k < nodes->size(); ++k) {
+        TrailStep nodeStep(k);
         nodes_[k + 2]->ReadInputs((*nodes)[k].get<picojson::object>(), *this);
       }
     } else if (key == "output") {

@@ -119,6 +119,13 @@ class Graph final : public IGraph {
   // Puts `node` in place of the node at `index`. Cost: O(log n).
   void ReplaceNodeAt(size_t index, std::shared_ptr<GraphNode> node);
   void RebuildNodeIndex();
+  // Drops every node, the special ones included, for a load that is being refused: nodes
+  // share ownership of their classes, so graphs that nest one another would otherwise
+  // keep one another alive. The graph is unusable afterwards.
+  void DropNodes() {
+    nodes_.clear();
+    nodeIndex_.clear();
+  }
   // The index of the node behind a handle, or false when it is not a node of this graph.
   bool IndexOfNode(const IGraphNode* node, size_t* index) const;
 

@@ -1,6 +1,7 @@
 #include "graph/GraphNode.h"
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "graph/Graph.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
@@ -32,6 +33,7 @@ ConnectionSource readConnectionSource(const picojson::value& from) {
 GraphNode::GraphNode(const UUID& uuid, const picojson::object& node)
     : kind_(ClassNode), uuid_(uuid) {
   for (const auto& [key, value] : node) {
+    TrailStep step(key);
     if (key == "desc") {
       name_ = readDesc(value);
     } else if (key == "editorpos") {
@@ -74,8 +76,10 @@ void GraphNode::GetEditorPosition(float* x, float* y) const {
 void GraphNode::ReadNodeClass(const picojson::object& node, const IGraphLibrary* library) {
   const auto member = node.find("node");
   if (member == node.end()) {
+    appendTrailStep("node");
     throw InputFileParsingException("Node " + uuidText(uuid_) + ": member \"node\" is missing");
   }
+  TrailStep step(member->first);
   if (!member->second.is<std::string>()) throw InputFileParsingException("Invalid type for node");
   const UUID classUUID = uuidFromText(member->second.get<std::string>());
   nodeClass_ = library->FindAnyNodeClass(classUUID, true);
@@ -90,6 +94,7 @@ void GraphNode::ReadInputs(const picojson::object& node, const Graph& graph) {
   ResizeInputs();
   const auto member = node.find("input");
   if (member == node.end()) return;
+  TrailStep step(member->first);
   const picojson::value& input = member->second;
   size_t index = 0;
   auto connect = [&](const picojson::value& from) {
@@ -98,19 +103,26 @@ void GraphNode::ReadInputs(const picojson::object& node, const Graph& graph) {
                       nodeClass_->GetInput(index)->GetType());
   };
   if (input.is<picojson::array>()) {
-    for (const picojson::value& entry : input.get<picojson::array>()) {
-      const picojson::object& fields = objectMember(entry, "input");
+    const picojson::array& entries = input.get<picojson::array>();
+    for (size_t position = 0; position < entries.size(); ++position) {
+      TrailStep entryStep(position);
+      const picojson::object& fields = objectMember(entries[position], "input");
       if (!nodeClass_->FindInput(getStringMember(fields, "name").c_str(), &index)) continue;
       const auto from = fields.find("from");
-      if (from != fields.end()) connect(from->second);
+      if (from != fields.end()) {
+        TrailStep fromStep(from->first);
+        connect(from->second);
+      }
       const auto defaultValue = fields.find("default");
       if (defaultValue != fields.end()) {
+        TrailStep defaultStep(defaultValue->first);
         inputs_[index].defaultValue.Read(objectMember(defaultValue->second, "default"),
                                          graph.GetLibrary());
       }
     }
   } else if (input.is<picojson::object>()) {
     for (const auto& [name, from] : input.get<picojson::object>()) {
+      TrailStep entryStep(name);
       if (nodeClass_->FindInput(name.c_str(), &index)) connect(from);
     }
   } else {
@@ -121,9 +133,11 @@ void GraphNode::ReadInputs(const picojson::object& node, const Graph& graph) {
 void GraphNode::ReadOutputConnections(const picojson::array& outputs, const Graph& graph) {
   ResizeInputs();
   for (size_t index = 0; index < outputs.size() && index < inputs_.size(); ++index) {
+    TrailStep entryStep(index);
     const picojson::object& fields = objectMember(outputs[index], "output");
     const auto from = fields.find("from");
     if (from == fields.end()) continue;
+    TrailStep fromStep(from->first);
     const ConnectionSource source = readConnectionSource(from->second);
     resolveConnection(source.node, source.output, graph, inputs_[index],
                       graph.GetOutput(index)->GetType());

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
 #include "model/Type.h"
@@ -17,6 +18,7 @@ const IParameter* parameterAt(const ParameterList& list, size_t index, const cha
 NodeClass::NodeClass(const UUID& uuid, const picojson::object& item, const IGraphLibrary* library)
     : library_(library), uuid_(uuid) {
   for (const auto& [key, value] : item) {
+    TrailStep step(key);
     if (key == "desc") {
       name_ = readDesc(value);
     } else if (key == "input") {

@@ -1,6 +1,7 @@
 #include "model/Parameter.h"
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/IGraph.h"
 #include "mat/IGraphLibrary.h"
@@ -31,14 +32,16 @@ void ParameterList::Erase(size_t position) {
 void readParameters(ParameterList& list, const picojson::array& entries,
                     const IGraphLibrary* library, const char* member) {
   list.items.reserve(list.items.size() + entries.size());
-  for (const picojson::value& entry : entries) {
-    const picojson::object& fields = objectMember(entry, member);
+  for (size_t position = 0; position < entries.size(); ++position) {
+    TrailStep step(position);
+    const picojson::object& fields = objectMember(entries[position], member);
     const std::string& name = getStringMember(fields, "name");
     const UUID typeUUID = getUUIDMember(fields, "type");
     const IType* type = library != nullptr ? library->FindType(typeUUID, true) : nullptr;
     Parameter parameter(name, Reference<IType>(type, typeUUID));
     const auto defaultValue = fields.find("default");
     if (defaultValue != fields.end()) {
+      TrailStep defaultStep(defaultValue->first);
       parameter.SetDefault(Value(objectMember(defaultValue->second, "default"), library));
     }
     list.Append(std::move(parameter));

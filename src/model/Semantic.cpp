@@ -1,6 +1,7 @@
 #include "model/Semantic.h"
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/IGraphLibrary.h"
 #include "model/Type.h"
@@ -10,6 +11,7 @@ namespace mat {
 Semantic::Semantic(const UUID& uuid, const picojson::object& item, const IGraphLibrary* library)
     : uuid_(uuid) {
   for (const auto& [key, value] : item) {
+    TrailStep step(key);
     if (key == "desc") {
       name_ = readDesc(value);
     } else if (key == "type") {

@@ -1,6 +1,7 @@
 #include "model/Type.h"
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 
 namespace mat {
@@ -20,6 +21,7 @@ const picojson::object& objectMember(const picojson::value& value, const char* m
 Type::Type(const UUID& uuid, const picojson::object& item, const IGraphLibrary* library)
     : uuid_(uuid) {
   for (const auto& [key, value] : item) {
+    TrailStep step(key);
     if (key == "default") {
       defaultValue_.Read(objectMember(value, "default"), library);
     } else if (key == "desc") {

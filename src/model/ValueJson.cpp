@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "core/JsonMembers.h"
+#include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
 #include "mat/IGraphLibrary.h"
@@ -68,7 +69,10 @@ std::vector<Element> readElements(const picojson::value& value, ReadElement read
   if (value.is<picojson::array>()) {
     const picojson::array& items = value.get<picojson::array>();
     elements.reserve(items.size());
-    for (const picojson::value& item : items) elements.push_back(read(item));
+    for (size_t i = 0; i < items.size(); ++i) {
+      TrailStep step(i);
+      elements.push_back(read(items[i]));
+    }
   } else {
     elements.push_back(read(value));
   }
@@ -194,7 +198,13 @@ void Value::Read(const picojson::object& object, const IGraphLibrary* library) {
   Clear();
   const auto value = object.find("value");
   if (value == object.end()) throw InputFileParsingException("Value has no value setting!");
-  const ValueType kind = kindOf(getStringMember(object, "component"));
+  const std::string& keyword = getStringMember(object, "component");
+  ValueType kind = ValueType::None;
+  {
+    TrailStep step(object.find("component")->first);
+    kind = kindOf(keyword);
+  }
+  TrailStep step(value->first);
   storage_ = readStorage(kind, value->second, library);
 }
 
