@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <memory>
 #include <sstream>
@@ -53,7 +54,7 @@ bool summarize(const char* path, const mat::IGraphLibrary* library, const std::s
 
 int main(int argc, char** argv) {
   if (argc != 3) {
-    std::fprintf(stderr, "usage: %s BASE_LIBRARY GRAPH_LIBRARY\n", argv[0]);
+    std::wcerr << L"usage: " << argv[0] << L" BASE_LIBRARY GRAPH_LIBRARY\n";
     return 2;
   }
   const std::string baseFile = readFile(argv[1]);
@@ -64,13 +65,15 @@ int main(int argc, char** argv) {
   const mat::IGraphLibrary* base =
       mat::loadGraphLibrary(baseFile.c_str(), baseFile.size(), nullptr, "base");
   if (base == nullptr) {
-    std::fprintf(stderr, "%s: does not load\n", argv[1]);  // the reason is on std::wcerr
+    // The loader has written the reason on std::wcerr. Our messages go there too: once a
+    // wide stream has written to stderr, narrow writes to it (fprintf, std::cerr) are lost.
+    std::wcerr << argv[1] << L": does not load\n";
     return 1;
   }
   const mat::IGraphLibrary* graphs =
       mat::loadGraphLibrary(graphFile.c_str(), graphFile.size(), base, "materials");
   if (graphs == nullptr) {
-    std::fprintf(stderr, "%s: does not load\n", argv[2]);
+    std::wcerr << argv[2] << L": does not load\n";
     mat::releaseGraphLibrary(base);
     return 1;
   }

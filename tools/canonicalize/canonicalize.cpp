@@ -7,11 +7,15 @@
 // saved, the saved text loaded and saved once more; only when both saves agree does the
 // text replace FILE. Exit status: 0 done, 1 a file did not load or the text is not
 // stable, 2 bad arguments or a file that cannot be read or written.
+//
+// Messages go to std::wcerr, where the loader writes its reasons: once a wide stream has
+// written to stderr, narrow writes to it are lost.
 #include <mat/mat.h>
 
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <sstream>
 #include <string>
@@ -49,7 +53,7 @@ std::string canonicalText(const std::string& text, const mat::IGraphLibrary* par
   const std::string savedAgain = save(second);
   mat::releaseGraphLibrary(second);
   if (savedAgain != saved) {
-    std::fprintf(stderr, "%s: saving is not stable\n", name);
+    std::wcerr << name << L": saving is not stable\n";
     return std::string();
   }
   return saved;
@@ -65,14 +69,14 @@ int canonicalize(const std::vector<const char*>& parents, const char* path) {
   for (const char* parentPath : parents) {
     std::string text;
     if (!readFile(parentPath, text)) {
-      std::fprintf(stderr, "%s: cannot read\n", parentPath);
+      std::wcerr << parentPath << L": cannot read\n";
       releaseChain();
       return 2;
     }
     const mat::IGraphLibrary* parent =
         load(text, chain.empty() ? nullptr : chain.back(), parentPath);
     if (parent == nullptr) {
-      std::fprintf(stderr, "%s: does not load\n", parentPath);
+      std::wcerr << parentPath << L": does not load\n";
       releaseChain();
       return 1;
     }
@@ -81,14 +85,14 @@ int canonicalize(const std::vector<const char*>& parents, const char* path) {
 
   std::string text;
   if (!readFile(path, text)) {
-    std::fprintf(stderr, "%s: cannot read\n", path);
+    std::wcerr << path << L": cannot read\n";
     releaseChain();
     return 2;
   }
   const std::string canonical = canonicalText(text, chain.empty() ? nullptr : chain.back(), path);
   releaseChain();
   if (canonical.empty()) {
-    std::fprintf(stderr, "%s: left unchanged\n", path);
+    std::wcerr << path << L": left unchanged\n";
     return 1;
   }
   if (canonical == text) {
@@ -98,7 +102,7 @@ int canonicalize(const std::vector<const char*>& parents, const char* path) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << canonical;
   if (!out.flush()) {
-    std::fprintf(stderr, "%s: cannot write\n", path);
+    std::wcerr << path << L": cannot write\n";
     return 2;
   }
   std::printf("%s: rewritten\n", path);
@@ -121,7 +125,7 @@ int main(int argc, char** argv) {
     }
   }
   if (path == nullptr) {
-    std::fprintf(stderr, "usage: matgraph_canonicalize [--parent FILE]... FILE\n");
+    std::wcerr << L"usage: matgraph_canonicalize [--parent FILE]... FILE\n";
     return 2;
   }
   return canonicalize(parents, path);
