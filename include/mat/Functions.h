@@ -61,6 +61,10 @@ MAT_API void releaseGraphLibrary(const IGraphLibrary* library);
 ///
 /// Several loads may run at the same time on different threads (each under a parent
 /// that nobody changes meanwhile); the error lines then interleave as std::wcerr does.
+///
+/// Writing on std::wcerr gives the C stream stderr a wide orientation, after which
+/// narrow output to stderr (std::cerr, fprintf) is lost. A host that also writes narrow
+/// text there should use loadGraphLibraryWithDiagnostic(), which writes nothing.
 /// @return The library, owned by the caller (release with releaseGraphLibrary()), or null.
 /// @pre @p text is not null.
 MAT_API const IGraphLibrary* loadGraphLibrary(const char* text, size_t size,
