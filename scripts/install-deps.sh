@@ -5,6 +5,7 @@ set -euo pipefail
 
 packages=(
   cmake ninja-build g++ clang clang-format
+  libclang-rt-dev  # libFuzzer and the sanitizer runtimes of clang (the fuzz preset)
   picojson-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
 )
