@@ -14,13 +14,14 @@ namespace mat {
 /// digits of its text form (dashes skipped). All zero is the nil UUID, which stands for
 /// "none". Value-initialise (`UUID id{};`) to get the nil UUID.
 struct UUID {
-  uint8_t bytes[16];
+  uint8_t bytes[16];  ///< the identifier, first byte first as in the text form
 };
 
 /// Byte-wise equality.
 inline bool operator==(const UUID& a, const UUID& b) {
   return std::memcmp(a.bytes, b.bytes, sizeof a.bytes) == 0;
 }
+/// Byte-wise inequality.
 inline bool operator!=(const UUID& a, const UUID& b) { return !(a == b); }
 /// The order of every UUID index of the library: bytes compared as unsigned values from
 /// the first. It is the order of the lower-case text forms.
@@ -64,9 +65,11 @@ struct NodeKey {
   size_t node;      ///< index of the node in that instance's graph
 };
 
+/// True when both name the same node of the same instance.
 inline bool operator==(const NodeKey& a, const NodeKey& b) {
   return a.instance == b.instance && a.node == b.node;
 }
+/// True when the keys differ in their instance or their node.
 inline bool operator!=(const NodeKey& a, const NodeKey& b) { return !(a == b); }
 
 }  // namespace mat

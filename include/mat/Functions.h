@@ -27,6 +27,7 @@ class IValue;
 
 /// @name Identifiers
 /// @{
+
 /// @return A new random (version 4) identifier. Safe to call from many threads at once.
 MAT_API UUID generateUUID();
 /// Parses 36 characters 8-4-4-4-12 of hexadecimal digits of either case.
@@ -46,6 +47,7 @@ MAT_API uint64_t hashUUID(const UUID& uuid);
 
 /// @name Libraries
 /// @{
+
 /// @return A new empty library under @p parent (may be null; must outlive the new
 ///     library) named @p name (null: the empty name). Release with releaseGraphLibrary().
 MAT_API const IGraphLibrary* createGraphLibrary(const IGraphLibrary* parent, const char* name);
@@ -87,12 +89,19 @@ MAT_API void saveGraphLibrary(const IGraphLibrary* library, std::ostream& out);
 /// @name Values
 /// Each creation function copies @p count elements from the caller's array (which may be
 /// null when @p count is 0) into a new value, owned by the caller until releaseValue().
+/// With @p count 0 the value is an empty array of its kind, not ValueType::None.
 /// @{
+
+/// @return A new ValueType::Bool value of @p count elements.
 MAT_API const IValue* createValueBool(const bool* values, size_t count);
+/// @return A new ValueType::Int value of @p count elements.
 MAT_API const IValue* createValueInt(const int* values, size_t count);
+/// @return A new ValueType::Float value of @p count elements.
 MAT_API const IValue* createValueFloat(const float* values, size_t count);
+/// @return A new ValueType::UUID value of @p count elements.
 MAT_API const IValue* createValueUUID(const UUID* values, size_t count);
-/// The pointers are copied, not the semantics; each must outlive the value or be null.
+/// @return A new ValueType::Semantic value of @p count elements. The pointers are copied,
+///     not the semantics; each must outlive the value or be null.
 MAT_API const IValue* createValueSemantic(const ISemantic* const* values, size_t count);
 /// Destroys a value made by one of the functions above; null is ignored. Never pass a
 /// value that another object holds.
@@ -101,6 +110,7 @@ MAT_API void releaseValue(const IValue* value);
 
 /// @name Signatures
 /// @{
+
 /// @return True when both have the same inputs and outputs in the same order, with the
 ///     same names and the same type objects. Defaults and the classes' names are not
 ///     compared. False when either argument is null.
@@ -109,6 +119,7 @@ MAT_API bool identicalSignatures(const INodeClass* a, const INodeClass* b);
 
 /// @name Graph factories
 /// @{
+
 /// @return A factory over a new empty graph named @p name (null: empty) with @p uuid
 ///     (nil: a random one), to be registered in @p library, which must be a library
 ///     made by this library and outlive the factory. Release with releaseGraphFactory().
@@ -125,6 +136,7 @@ MAT_API void releaseGraphFactory(IGraphFactory* factory);
 
 /// @name Port paths
 /// @{
+
 /// @return A new empty path that ends at an output with the empty name. Release with
 ///     releasePortPath().
 MAT_API IPortPath* createPortPath();
@@ -134,6 +146,7 @@ MAT_API void releasePortPath(const IPortPath* path);
 
 /// @name Resolvers
 /// @{
+
 /// @return A flattening resolver (@p flatten) or a one-level resolver over @p graph.
 ///     Release with releaseGraphResolver().
 /// @pre @p graph is not null; it and every graph nested in it outlive the resolver.

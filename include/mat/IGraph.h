@@ -31,6 +31,7 @@ class IGraph : public INodeClass {
   virtual size_t GetOutputNodeIndex() const = 0;
   /// Follows @p path from this graph down through nested graphs to the input or output
   /// it names.
+  /// @param path The node indices to follow, outermost first, and the port at the end.
   /// @param node Receives the last node of the path (null for a path without node
   ///     indices); written only when a parameter is returned.
   /// @return The parameter, owned by the class reached.

@@ -30,6 +30,8 @@ class IGraphFactory {
  public:
   virtual ~IGraphFactory() = default;
   /// Appends a node of @p nodeClass named @p name (null: the empty name).
+  /// @param nodeClass A node class or a graph; the node shares its ownership.
+  /// @param name The node's name, copied.
   /// @param node Receives the new node, or null on failure.
   /// @return ConnectionOk; ConnectionInvalidNodes for an empty @p nodeClass.
   ///     Cost: O(log n).
@@ -62,6 +64,10 @@ class IGraphFactory {
   /// of the old one. Otherwise, when @p allowSignatureChange, the old node is removed,
   /// the new one appended last, and every connection into and out of the old node whose
   /// names and types still fit is made again (defaults are not carried over).
+  /// @param index The node to replace.
+  /// @param nodeClass The new node's class; the node shares its ownership.
+  /// @param allowSignatureChange Whether a class with another signature may take the place.
+  /// @param name The new node's name, copied (null: the empty name).
   /// @param node Receives the new node, or null on failure.
   /// @return ConnectionNotFound for the special nodes or an index >= n;
   ///     ConnectionTypeMismatch when the signatures differ and no change is allowed;
@@ -70,6 +76,8 @@ class IGraphFactory {
                                        const std::shared_ptr<const INodeClass>& nodeClass,
                                        bool allowSignatureChange, const char* name,
                                        const IGraphNode** node) = 0;
+  /// Looks up a node of the graph under construction.
+  /// @param index The node's index: 0 the input node, 1 the output node, then the others.
   /// @param node Receives the node at @p index, or null.
   /// @return ConnectionNotFound when @p index >= n. Cost: O(1).
   virtual ConnectionResult GetNode(size_t index, const IGraphNode** node) = 0;

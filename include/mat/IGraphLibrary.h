@@ -41,10 +41,16 @@ class IGraphLibrary {
   virtual const char* GetName() const = 0;
 
   /// @name Counts
+  /// Objects of each kind in this library alone (not its parents), duplicates included.
   /// @{
+
+  /// @return The number of node classes; graphs are counted apart.
   virtual size_t GetNodeClassCount() const = 0;
+  /// @return The number of graphs.
   virtual size_t GetGraphCount() const = 0;
+  /// @return The number of semantics.
   virtual size_t GetSemanticCount() const = 0;
+  /// @return The number of types.
   virtual size_t GetTypeCount() const = 0;
   /// @}
 
@@ -54,6 +60,7 @@ class IGraphLibrary {
 
   /// @name Semantics
   /// @{
+
   /// @return As FindType(), for semantics.
   virtual const ISemantic* FindSemantic(const UUID& uuid, bool searchParents) const = 0;
   /// @return The semantic at @p index.
@@ -66,6 +73,7 @@ class IGraphLibrary {
 
   /// @name Node classes (those read from files; graphs are separate)
   /// @{
+
   /// @return As FindType(), for node classes; an empty pointer when none is found.
   virtual std::shared_ptr<const INodeClass> FindNodeClass(const UUID& uuid,
                                                           bool searchParents) const = 0;
@@ -78,6 +86,7 @@ class IGraphLibrary {
 
   /// @name Graphs
   /// @{
+
   /// @return As FindType(), for graphs; an empty pointer when none is found.
   virtual std::shared_ptr<const IGraph> FindGraph(const UUID& uuid, bool searchParents) const = 0;
   /// @return The graph at @p index.

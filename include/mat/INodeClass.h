@@ -32,6 +32,7 @@ class INodeClass : public std::enable_shared_from_this<INodeClass> {
 
   /// @name Inputs
   /// @{
+
   /// @return The number of inputs.
   virtual size_t GetInputCount() const = 0;
   /// @return The input at @p index, owned by the class.
@@ -45,6 +46,7 @@ class INodeClass : public std::enable_shared_from_this<INodeClass> {
 
   /// @name Outputs
   /// @{
+
   /// @return The number of outputs.
   virtual size_t GetOutputCount() const = 0;
   /// @return The output at @p index, owned by the class.

@@ -23,19 +23,23 @@ struct LoadDiagnostic {
     Refused = 3,          ///< malformed content; null returned, @ref message says why
   };
 
+  /// How the load ended.
   Outcome outcome = Loaded;
   /// The error text: for Refused, exactly the line loadGraphLibrary() writes (without
   /// the end of line); for LoadedPartially and NotALibrary, the parser's description.
   std::string message;
-  /// 1-based line and column of a syntax error; 0 when there is none.
+  /// 1-based line of a syntax error; 0 when there is none.
   size_t line = 0;
+  /// 1-based column (in bytes) of a syntax error; 0 when there is none.
   size_t column = 0;
   /// True when the text holds a header without "fileversion", so nothing was read.
   bool headerWithoutVersion = false;
-  /// For Refused: whether the problem lies inside an item of the content array, that
-  /// item's index and its "uuid" (nil when it has none that could be read).
+  /// For Refused: whether the problem lies inside an item of the content array.
   bool hasItem = false;
+  /// For Refused when @ref hasItem is true, the item's index in the content array.
   size_t itemIndex = 0;
+  /// For Refused when @ref hasItem is true, the item's "uuid"; nil when it has none that
+  /// could be read.
   UUID itemUUID{};
   /// For Refused: a JSON pointer to the member at fault as far as the reader got, from
   /// the root of the text, e.g. "/1/12/nodes/3/input/0/from".

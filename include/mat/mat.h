@@ -4,6 +4,14 @@
 /// Everything a host needs: the shared value types, the exceptions, every interface and
 /// the exported functions.
 
+/// @mainpage matgraph
+/// The public interface of matgraph, a library of node graphs and of the JSON files they
+/// are stored in. A host includes <mat/mat.h> and links matgraph::matgraph (CMake) or
+/// `pkg-config --libs matgraph`. Start with the exported functions in mat/Functions.h
+/// and with mat::IGraphLibrary. The repository's docs/host-guide.md walks through
+/// loading, querying, editing, resolving and saving; docs/file-format.md describes the
+/// library file.
+
 #include "mat/Common.h"
 #include "mat/Exceptions.h"
 #include "mat/Export.h"
