@@ -8,6 +8,7 @@ packages=(
   libclang-rt-dev  # libFuzzer and the sanitizer runtimes of clang (the fuzz preset)
   picojson-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
+  pkg-config  # the test that builds a host with pkg-config
   libcli11-dev  # the command line of the matgraph tool
 )
 

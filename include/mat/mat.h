@@ -29,3 +29,4 @@
 #include "mat/IType.h"
 #include "mat/IValue.h"
 #include "mat/LoadDiagnostic.h"
+#include "mat/Version.h"
