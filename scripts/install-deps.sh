@@ -9,6 +9,7 @@ packages=(
   picojson-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   pkg-config  # the test that builds a host with pkg-config
+  python3-jsonschema doxygen  # the tests of the file-format schema and of the header comments
   libcli11-dev  # the command line of the matgraph tool
 )
 
