@@ -39,15 +39,16 @@ constexpr RefusalKind refusalKinds[] = {
     {"Recursive graph nesting", "MG110"},
     {"Value has no ", "MG111"},
     {"Wrong value given", "MG111"},
+    {"Nesting too deep", "MG112"},
 };
 
 struct TextPlace {
-  size_t line = 1;
-  size_t column = 1;
+  size_t line;
+  size_t column;
 };
 
 TextPlace placeOf(const char* text, const char* position) {
-  TextPlace place;
+  TextPlace place{1, 1};
   const char* lineStart = text;
   for (const char* c = text; c < position; ++c) {
     if (*c == '\n') {
@@ -94,22 +95,39 @@ bool onlyBlanks(const char* begin, const char* end) {
   return true;
 }
 
+// picojson's input, with the place of a syntax error: the byte the parser stopped at.
+// (picojson::parse() itself returns the place after the rest of that line, which it reads
+// for its message.)
+class PlacedInput : public picojson::input<const char*> {
+ public:
+  using picojson::input<const char*>::input;
+  const char* Place() const { return cur_; }
+};
+
 // The text as the loader sees it, parsed once more for the checks that need the JSON.
 struct ParsedText {
-  const char* begin;
-  const char* end;
+  const char* begin = nullptr;
+  const char* end = nullptr;
   picojson::value root;
   bool syntaxError = false;
-  bool numberOverflow = false;  // picojson throws for a number beyond the double range
-  const char* stop = nullptr;   // where the parser stopped
+  bool numberOverflow = false;    // picojson throws for a number beyond the double range
+  const char* errorAt = nullptr;  // the byte a syntax error was found at
+  const char* stop = nullptr;     // where the root value ends, when it parsed
 };
 
 ParsedText parseText(const char* text) {
-  ParsedText parsed{text, text + std::strlen(text), {}, false, false, nullptr};
-  std::string error;
+  ParsedText parsed;
+  parsed.begin = text;
+  parsed.end = text + std::strlen(text);
+  PlacedInput input(parsed.begin, parsed.end);
+  picojson::default_parse_context context(&parsed.root);
   try {
-    parsed.stop = picojson::parse(parsed.root, parsed.begin, parsed.end, &error);
-    parsed.syntaxError = !error.empty();
+    if (picojson::_parse(context, input)) {
+      parsed.stop = input.cur();
+    } else {
+      parsed.syntaxError = true;
+      parsed.errorAt = input.Place();
+    }
   } catch (const std::overflow_error&) {
     parsed.syntaxError = true;
     parsed.numberOverflow = true;
@@ -128,41 +146,39 @@ Finding textFinding(const char* code, Severity severity, std::string message) {
 // MG101 and MG102: the text is no library, or a syntax error cut it short.
 void addSyntaxFindings(const ParsedText& parsed, const LoadDiagnostic& diagnostic,
                        std::vector<Finding>& findings) {
-  const bool syntaxError = diagnostic.line != 0 || parsed.syntaxError;
   std::string error = "syntax error";
-  if (diagnostic.line != 0) {
-    const bool atEnd = parsed.stop == nullptr || parsed.stop >= parsed.end;
+  TextPlace place{0, 0};
+  if (parsed.errorAt != nullptr) {
+    place = placeOf(parsed.begin, parsed.errorAt);
+    const bool atEnd = parsed.errorAt >= parsed.end;
     error += std::string(atEnd ? " at the end of the text, line " : " at line ") +
-             std::to_string(diagnostic.line) + ", column " + std::to_string(diagnostic.column);
-    if (!atEnd) error += " near " + snippetAt(parsed.stop, parsed.end);
+             std::to_string(place.line) + ", column " + std::to_string(place.column);
+    if (!atEnd) error += " near " + snippetAt(parsed.errorAt, parsed.end);
   } else if (parsed.numberOverflow) {
     error += ": a number beyond the range of a double";
   }
+  std::string message;
+  const char* code = "MG101";
   if (diagnostic.outcome == LoadDiagnostic::NotALibrary) {
-    std::string message;
     if (onlyBlanks(parsed.begin, parsed.end)) {
-      findings.push_back(textFinding("MG101", Severity::Error,
-                                     "The text is empty; a library file is a JSON array"));
-      return;
-    }
-    if (syntaxError) {
+      message = "The text is empty; a library file is a JSON array";
+      place = TextPlace{0, 0};
+    } else if (parsed.syntaxError) {
       message = "The text is not JSON: " + error;
     } else {
       message = std::string("The root of the text is ") + jsonKindName(parsed.root) +
                 "; a library file is a JSON array";
     }
-    Finding finding = textFinding("MG101", Severity::Error, std::move(message));
-    finding.line = diagnostic.line;
-    finding.column = diagnostic.column;
-    findings.push_back(std::move(finding));
-  } else if (syntaxError) {
-    Finding finding =
-        textFinding("MG102", Severity::Error,
-                    "The text breaks off with a " + error + "; only the part before it was read");
-    finding.line = diagnostic.line;
-    finding.column = diagnostic.column;
-    findings.push_back(std::move(finding));
+  } else if (parsed.syntaxError) {
+    code = "MG102";
+    message = "The text breaks off with a " + error + "; only the part before it was read";
+  } else {
+    return;
   }
+  Finding finding = textFinding(code, Severity::Error, std::move(message));
+  finding.line = place.line;
+  finding.column = place.column;
+  findings.push_back(std::move(finding));
 }
 
 // MG211: whatever follows the root value is never read.
@@ -350,6 +366,13 @@ CheckResult checkLibrary(const char* text, size_t size,
   const IGraphLibrary* parent = parents.empty() ? nullptr : parents.back();
   result.library.reset(loadGraphLibraryWithDiagnostic(text, size, parent, name, diagnostic),
                        LibraryRelease());
+  if (diagnostic.outcome == LoadDiagnostic::Refused &&
+      std::strcmp(refusalCode(diagnostic.message), "MG112") == 0) {
+    // The loader refused to parse a text nested this deep, and so does the check: the
+    // parser would exhaust the stack.
+    findings.push_back(refusalFinding(diagnostic, {}));
+    return result;
+  }
   const ParsedText parsed = parseText(text);
   addSyntaxFindings(parsed, diagnostic, findings);
   addTrailingTextFinding(parsed, findings);

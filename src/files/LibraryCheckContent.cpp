@@ -70,8 +70,8 @@ class ContentChecker {
   }
 
   void CheckParameters(const INodeClass& nodeClass) {
-    CheckParameterList(nodeClass, "input", "Input", false);
-    CheckParameterList(nodeClass, "output", "Output", true);
+    CheckParameterList(nodeClass, "input", "input", false);
+    CheckParameterList(nodeClass, "output", "output", true);
   }
 
   void CheckGraph(const IGraph& graph) {
