@@ -1,7 +1,7 @@
 #include <ostream>
 #include <string>
 
-#include "files/JsonWriter.h"
+#include "core/JsonTextWriter.h"
 #include "graph/Graph.h"
 #include "mat/Functions.h"
 #include "mat/IGraphLibrary.h"
@@ -12,40 +12,62 @@
 namespace mat {
 namespace {
 
-picojson::object fileHeader() {
-  picojson::object header;
-  header["datasources"] = picojson::value(picojson::array());
-  header["fileversion"] = picojson::value(1.0);
-  return header;
+void writeHeader(JsonTextWriter& writer) {
+  writer.BeginObject();
+  writer.Key("datasources");
+  writer.BeginArray(false);
+  writer.EndArray();
+  writer.Key("fileversion");
+  writer.Number(1.0);
+  writer.EndObject();
 }
 
 // Every type, then every semantic, node class and graph, each kind in index order.
-picojson::array libraryContent(const IGraphLibrary& library) {
-  picojson::array content;
-  content.reserve(library.GetTypeCount() + library.GetSemanticCount() +
-                  library.GetNodeClassCount() + library.GetGraphCount());
+void writeContent(JsonTextWriter& writer, const IGraphLibrary& library) {
+  writer.BeginArray(true);
   for (size_t i = 0; i < library.GetTypeCount(); ++i) {
-    content.emplace_back(saveType(library.GetType(i)));
+    writer.NextElement();
+    writeType(writer, library.GetType(i));
   }
   for (size_t i = 0; i < library.GetSemanticCount(); ++i) {
-    content.emplace_back(saveSemantic(library.GetSemantic(i)));
+    writer.NextElement();
+    writeSemantic(writer, library.GetSemantic(i));
   }
   for (size_t i = 0; i < library.GetNodeClassCount(); ++i) {
-    content.emplace_back(saveNodeClass(library.GetNodeClass(i).get()));
+    writer.NextElement();
+    writeNodeClass(writer, library.GetNodeClass(i).get());
   }
   for (size_t i = 0; i < library.GetGraphCount(); ++i) {
-    content.emplace_back(saveGraph(library.GetGraph(i).get()));
+    writer.NextElement();
+    writeGraph(writer, library.GetGraph(i).get());
   }
-  return content;
+  writer.EndArray();
+}
+
+// A first guess at the size of the text, so that the string grows rarely.
+size_t estimatedSize(const IGraphLibrary& library) {
+  size_t nodes = 0;
+  for (size_t i = 0; i < library.GetGraphCount(); ++i) {
+    nodes += library.GetGraph(i)->GetNodeCount();
+  }
+  return 4096 + 256 * (library.GetTypeCount() + library.GetSemanticCount()) +
+         1024 * library.GetNodeClassCount() + 512 * nodes;
 }
 
 }  // namespace
 
+// The text is written straight from the library's objects, with each object's members in
+// ascending key order, into one string that goes out in one piece once it is complete.
 void saveGraphLibrary(const IGraphLibrary* library, std::ostream& out) {
-  const picojson::value document(
-      picojson::array{picojson::value(fileHeader()), picojson::value(libraryContent(*library))});
   std::string text;
-  serializeValue(document, 0, text);
+  text.reserve(estimatedSize(*library));
+  JsonTextWriter writer(text);
+  writer.BeginArray(true);
+  writer.NextElement();
+  writeHeader(writer);
+  writer.NextElement();
+  writeContent(writer, *library);
+  writer.EndArray();
   out.write(text.data(), static_cast<std::streamsize>(text.size()));
   out.flush();
 }

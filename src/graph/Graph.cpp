@@ -1,6 +1,7 @@
 #include "graph/Graph.h"
 
 #include "core/JsonMembers.h"
+#include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
@@ -232,27 +233,44 @@ const IParameter* Graph::GetParameterFromPath(const IPortPath& path,
   return parameter;
 }
 
-picojson::array saveGraphNodes(const IGraph* graph) {
-  picojson::array nodes;
-  nodes.reserve(graph->GetNodeCount());
+void writeGraphNodes(JsonTextWriter& writer, const IGraph* graph) {
+  writer.BeginArray(true);
   for (size_t i = 0; i < graph->GetNodeCount(); ++i) {
     if (i == graph->GetInputNodeIndex() || i == graph->GetOutputNodeIndex()) continue;
-    nodes.push_back(picojson::value(saveGraphNode(graph->GetNode(i), graph)));
+    writer.NextElement();
+    writeGraphNode(writer, graph->GetNode(i), graph);
   }
-  return nodes;
+  writer.EndArray();
+}
+
+picojson::array saveGraphNodes(const IGraph* graph) {
+  picojson::value nodes =
+      writtenValue([&](JsonTextWriter& writer) { writeGraphNodes(writer, graph); });
+  return nodes.is<picojson::array>() ? std::move(nodes.get<picojson::array>()) : picojson::array();
+}
+
+void writeGraph(JsonTextWriter& writer, const IGraph* graph) {
+  writer.BeginObject();
+  writer.Key("content");
+  writer.String("graph");
+  writeDesc(writer, graph->GetName());
+  if (graph->GetInputCount() > 0) {
+    writer.Key("input");
+    writeParameters(writer, graph, ParameterSide::Input);
+  }
+  writer.Key("nodes");
+  writeGraphNodes(writer, graph);
+  if (graph->GetOutputCount() > 0) {
+    writer.Key("output");
+    writeParameters(writer, graph, ParameterSide::Output);
+  }
+  writer.Key("uuid");
+  writer.String(uuidText(graph->GetUUID()));
+  writer.EndObject();
 }
 
 picojson::object saveGraph(const IGraph* graph) {
-  picojson::object item;
-  writeItemHeader(item, graph, "graph");
-  if (graph->GetOutputCount() > 0) {
-    item["output"] = picojson::value(saveParameters(graph, ParameterSide::Output));
-  }
-  if (graph->GetInputCount() > 0) {
-    item["input"] = picojson::value(saveParameters(graph, ParameterSide::Input));
-  }
-  item["nodes"] = picojson::value(saveGraphNodes(graph));
-  return item;
+  return writtenObject([&](JsonTextWriter& writer) { writeGraph(writer, graph); });
 }
 
 }  // namespace mat

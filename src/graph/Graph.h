@@ -143,11 +143,13 @@ class Graph final : public IGraph {
   std::map<UUID, size_t> nodeIndex_;
 };
 
-// The JSON object of a graph item: "content", "uuid", "desc", "input", "output" (with
-// the "from" of each connected output) and "nodes".
+// Writes the JSON object of a graph item: "content", "desc", "input", "nodes", "output"
+// (with the "from" of each connected output) and "uuid".
+void writeGraph(JsonTextWriter& writer, const IGraph* graph);
 picojson::object saveGraph(const IGraph* graph);
 
-// The "nodes" array of a graph: every node but the two special ones, in index order.
+// Writes the "nodes" array of a graph: every node but the two special ones, in index order.
+void writeGraphNodes(JsonTextWriter& writer, const IGraph* graph);
 picojson::array saveGraphNodes(const IGraph* graph);
 
 }  // namespace mat

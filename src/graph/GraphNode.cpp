@@ -1,6 +1,7 @@
 #include "graph/GraphNode.h"
 
 #include "core/JsonMembers.h"
+#include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
 #include "graph/Graph.h"
 #include "mat/Exceptions.h"
@@ -184,35 +185,60 @@ ConnectionResult resolveConnection(const UUID& source, const std::string& output
   return ConnectionOk;
 }
 
-picojson::object saveGraphNode(const IGraphNode* node, const IGraph* graph) {
-  picojson::object object;
-  if (node->GetName()[0] != '\0') object["desc"] = picojson::value(node->GetName());
+void writeGraphNode(JsonTextWriter& writer, const IGraphNode* node, const IGraph* graph) {
+  const auto nodeClass = node->GetNodeClass();
+  writer.BeginObject();
+  writeDesc(writer, node->GetName());
   float x = 0;
   float y = 0;
   node->GetEditorPosition(&x, &y);
   if (!(x == 0 && y == 0)) {
-    object["editorpos"] = picojson::value(picojson::array{picojson::value(floatToJsonNumber(x)),
-                                                          picojson::value(floatToJsonNumber(y))});
+    const double jsonX = floatToJsonNumber(x);
+    const double jsonY = floatToJsonNumber(y);
+    writer.Key("editorpos");
+    writer.BeginArray(false);
+    writer.NextElement();
+    writer.Number(jsonX);
+    writer.NextElement();
+    writer.Number(jsonY);
+    writer.EndArray();
   }
-  object["uuid"] = picojson::value(uuidText(node->GetUUID()));
-  const auto nodeClass = node->GetNodeClass();
-  object["node"] = picojson::value(uuidText(nodeClass->GetUUID()));
-
-  picojson::array entries;
+  bool hasEntries = false;
   for (size_t i = 0; i < nodeClass->GetInputCount(); ++i) {
     size_t sourceNode = 0;
     size_t sourceOutput = 0;
     const bool connected = node->GetInputConnection(i, &sourceNode, &sourceOutput);
     const IValue* defaultValue = node->GetInputDefault(i);
     if (!connected && defaultValue == nullptr) continue;
-    picojson::object entry;
-    entry["name"] = picojson::value(nodeClass->GetInput(i)->GetName());
-    if (connected) entry["from"] = saveConnectionSource(*graph, sourceNode, sourceOutput);
-    if (defaultValue != nullptr) entry["default"] = picojson::value(saveValue(*defaultValue));
-    entries.push_back(picojson::value(std::move(entry)));
+    if (!hasEntries) {
+      writer.Key("input");
+      writer.BeginArray(true);
+      hasEntries = true;
+    }
+    writer.NextElement();
+    writer.BeginObject();
+    if (defaultValue != nullptr) {
+      writer.Key("default");
+      writeValue(writer, *defaultValue);
+    }
+    if (connected) {
+      writer.Key("from");
+      writeConnectionSource(writer, *graph, sourceNode, sourceOutput);
+    }
+    writer.Key("name");
+    writer.String(nodeClass->GetInput(i)->GetName());
+    writer.EndObject();
   }
-  if (!entries.empty()) object["input"] = picojson::value(std::move(entries));
-  return object;
+  if (hasEntries) writer.EndArray();
+  writer.Key("node");
+  writer.String(uuidText(nodeClass->GetUUID()));
+  writer.Key("uuid");
+  writer.String(uuidText(node->GetUUID()));
+  writer.EndObject();
+}
+
+picojson::object saveGraphNode(const IGraphNode* node, const IGraph* graph) {
+  return writtenObject([&](JsonTextWriter& writer) { writeGraphNode(writer, node, graph); });
 }
 
 }  // namespace mat

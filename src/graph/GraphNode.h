@@ -92,7 +92,11 @@ class GraphNode final : public IGraphNode {
 ConnectionResult resolveConnection(const UUID& source, const std::string& outputName,
                                    const Graph& graph, NodeInput& input, const IType* expectedType);
 
-// The JSON object of a node: "desc", "editorpos", "uuid", "node" and "input".
+class JsonTextWriter;
+
+// Writes the JSON object of a node of `graph`: "desc", "editorpos", "input", "node" and
+// "uuid". Inputs with neither a connection nor a default have no entry.
+void writeGraphNode(JsonTextWriter& writer, const IGraphNode* node, const IGraph* graph);
 picojson::object saveGraphNode(const IGraphNode* node, const IGraph* graph);
 
 }  // namespace mat

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "core/JsonMembers.h"
+#include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
@@ -39,16 +40,30 @@ const IParameter* NodeClass::GetOutput(size_t index) const {
   return parameterAt(outputs_, index, "Output Index out of range");
 }
 
-picojson::object saveNodeClass(const INodeClass* nodeClass) {
-  picojson::object item;
-  writeItemHeader(item, nodeClass, "nodeclass");
-  if (nodeClass->GetOutputCount() > 0) {
-    item["output"] = picojson::value(saveParameters(nodeClass, ParameterSide::Output));
-  }
+void writeSignature(JsonTextWriter& writer, const INodeClass* nodeClass) {
   if (nodeClass->GetInputCount() > 0) {
-    item["input"] = picojson::value(saveParameters(nodeClass, ParameterSide::Input));
+    writer.Key("input");
+    writeParameters(writer, nodeClass, ParameterSide::Input);
   }
-  return item;
+  if (nodeClass->GetOutputCount() > 0) {
+    writer.Key("output");
+    writeParameters(writer, nodeClass, ParameterSide::Output);
+  }
+}
+
+void writeNodeClass(JsonTextWriter& writer, const INodeClass* nodeClass) {
+  writer.BeginObject();
+  writer.Key("content");
+  writer.String("nodeclass");
+  writeDesc(writer, nodeClass->GetName());
+  writeSignature(writer, nodeClass);
+  writer.Key("uuid");
+  writer.String(uuidText(nodeClass->GetUUID()));
+  writer.EndObject();
+}
+
+picojson::object saveNodeClass(const INodeClass* nodeClass) {
+  return writtenObject([&](JsonTextWriter& writer) { writeNodeClass(writer, nodeClass); });
 }
 
 namespace {

@@ -44,7 +44,14 @@ class NodeClass final : public INodeClass {
 // The parameter at `index` of `list`, or InvalidDataAccess with `message`.
 const IParameter* parameterAt(const ParameterList& list, size_t index, const char* message);
 
-// The JSON object of a node class item: "content", "uuid", "desc", "input", "output".
+class JsonTextWriter;
+
+// Writes the JSON object of a node class item: "content", "desc", "input", "output" and
+// "uuid"; an empty side is left out.
+void writeNodeClass(JsonTextWriter& writer, const INodeClass* nodeClass);
 picojson::object saveNodeClass(const INodeClass* nodeClass);
+
+// Writes "input" and "output" of a signature, each only when it is not empty.
+void writeSignature(JsonTextWriter& writer, const INodeClass* nodeClass);
 
 }  // namespace mat

@@ -1,6 +1,7 @@
 #include "model/Parameter.h"
 
 #include "core/JsonMembers.h"
+#include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/IGraph.h"
@@ -48,26 +49,29 @@ void readParameters(ParameterList& list, const picojson::array& entries,
   }
 }
 
-picojson::value saveConnectionSource(const IGraph& graph, size_t sourceNode, size_t sourceOutput) {
+void writeConnectionSource(JsonTextWriter& writer, const IGraph& graph, size_t sourceNode,
+                           size_t sourceOutput) {
   const IGraphNode* source = graph.GetNode(sourceNode);
-  const std::string sourceText =
-      sourceNode == graph.GetInputNodeIndex() ? std::string() : uuidText(source->GetUUID());
   const auto sourceClass = source->GetNodeClass();
-  const char* outputName = sourceClass->GetOutput(sourceOutput)->GetName();
-  return picojson::value(picojson::array{picojson::value(sourceText), picojson::value(outputName)});
+  writer.BeginArray(false);
+  writer.NextElement();
+  writer.String(sourceNode == graph.GetInputNodeIndex() ? std::string()
+                                                        : uuidText(source->GetUUID()));
+  writer.NextElement();
+  writer.String(sourceClass->GetOutput(sourceOutput)->GetName());
+  writer.EndArray();
 }
 
-picojson::object saveParameter(const INodeClass* nodeClass, size_t index, ParameterSide side) {
+void writeParameter(JsonTextWriter& writer, const INodeClass* nodeClass, size_t index,
+                    ParameterSide side) {
   const bool isOutput = side == ParameterSide::Output;
   const IParameter* parameter = isOutput ? nodeClass->GetOutput(index) : nodeClass->GetInput(index);
   const auto* ours = dynamic_cast<const Parameter*>(parameter);
 
-  picojson::object entry;
-  entry["name"] = picojson::value(parameter->GetName());
-  entry["type"] =
-      picojson::value(referenceText(parameter->GetType(), ours ? ours->GetTypeUUID() : UUID{}));
+  writer.BeginObject();
   if (const IValue* defaultValue = parameter->GetDefault()) {
-    entry["default"] = picojson::value(saveValue(*defaultValue));
+    writer.Key("default");
+    writeValue(writer, *defaultValue);
   }
   if (isOutput && nodeClass->IsGraph()) {
     const auto& graph = dynamic_cast<const IGraph&>(*nodeClass);
@@ -75,21 +79,38 @@ picojson::object saveParameter(const INodeClass* nodeClass, size_t index, Parame
     size_t sourceOutput = 0;
     if (graph.GetNode(graph.GetOutputNodeIndex())
             ->GetInputConnection(index, &sourceNode, &sourceOutput)) {
-      entry["from"] = saveConnectionSource(graph, sourceNode, sourceOutput);
+      writer.Key("from");
+      writeConnectionSource(writer, graph, sourceNode, sourceOutput);
     }
   }
-  return entry;
+  writer.Key("name");
+  writer.String(parameter->GetName());
+  writer.Key("type");
+  writer.String(referenceText(parameter->GetType(), ours ? ours->GetTypeUUID() : UUID{}));
+  writer.EndObject();
+}
+
+picojson::object saveParameter(const INodeClass* nodeClass, size_t index, ParameterSide side) {
+  return writtenObject(
+      [&](JsonTextWriter& writer) { writeParameter(writer, nodeClass, index, side); });
+}
+
+void writeParameters(JsonTextWriter& writer, const INodeClass* nodeClass, ParameterSide side) {
+  const size_t count =
+      side == ParameterSide::Output ? nodeClass->GetOutputCount() : nodeClass->GetInputCount();
+  writer.BeginArray(true);
+  for (size_t i = 0; i < count; ++i) {
+    writer.NextElement();
+    writeParameter(writer, nodeClass, i, side);
+  }
+  writer.EndArray();
 }
 
 picojson::array saveParameters(const INodeClass* nodeClass, ParameterSide side) {
-  const size_t count =
-      side == ParameterSide::Output ? nodeClass->GetOutputCount() : nodeClass->GetInputCount();
-  picojson::array entries;
-  entries.reserve(count);
-  for (size_t i = 0; i < count; ++i) {
-    entries.push_back(picojson::value(saveParameter(nodeClass, i, side)));
-  }
-  return entries;
+  picojson::value entries =
+      writtenValue([&](JsonTextWriter& writer) { writeParameters(writer, nodeClass, side); });
+  return entries.is<picojson::array>() ? std::move(entries.get<picojson::array>())
+                                       : picojson::array();
 }
 
 }  // namespace mat

@@ -63,16 +63,22 @@ enum class ParameterSide { Input, Output };
 void readParameters(ParameterList& list, const picojson::array& entries,
                     const IGraphLibrary* library, const char* member);
 
-// The JSON object of one entry of a signature: "name", "type", "default" and, for an
-// output of a graph whose output node has that input connected, "from".
+class JsonTextWriter;
+
+// Writes the JSON object of one entry of a signature: "default", "from" (only for an
+// output of a graph whose output node has that input connected), "name" and "type".
+void writeParameter(JsonTextWriter& writer, const INodeClass* nodeClass, size_t index,
+                    ParameterSide side);
 picojson::object saveParameter(const INodeClass* nodeClass, size_t index, ParameterSide side);
 
-// The entries of one side of a signature, in index order.
+// Writes the array of the entries of one side of a signature, in index order.
+void writeParameters(JsonTextWriter& writer, const INodeClass* nodeClass, ParameterSide side);
 picojson::array saveParameters(const INodeClass* nodeClass, ParameterSide side);
 
-// The "from" pair of a connection from output `sourceOutput` of node `sourceNode` of
-// `graph`: the source node's UUID text (the empty text for the graph's input node) and
+// Writes the "from" pair of a connection from output `sourceOutput` of node `sourceNode`
+// of `graph`: the source node's UUID text (the empty text for the graph's input node) and
 // the output's name.
-picojson::value saveConnectionSource(const IGraph& graph, size_t sourceNode, size_t sourceOutput);
+void writeConnectionSource(JsonTextWriter& writer, const IGraph& graph, size_t sourceNode,
+                           size_t sourceOutput);
 
 }  // namespace mat

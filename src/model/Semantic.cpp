@@ -1,6 +1,7 @@
 #include "model/Semantic.h"
 
 #include "core/JsonMembers.h"
+#include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/IGraphLibrary.h"
@@ -23,13 +24,22 @@ Semantic::Semantic(const UUID& uuid, const picojson::object& item, const IGraphL
   }
 }
 
-picojson::object saveSemantic(const ISemantic* semantic) {
-  picojson::object item;
-  writeItemHeader(item, semantic, "semantic");
+void writeSemantic(JsonTextWriter& writer, const ISemantic* semantic) {
   const auto* ours = dynamic_cast<const Semantic*>(semantic);
   const UUID unresolved = ours != nullptr ? ours->GetTypeUUID() : UUID{};
-  item["type"] = picojson::value(referenceText(semantic->GetType(), unresolved));
-  return item;
+  writer.BeginObject();
+  writer.Key("content");
+  writer.String("semantic");
+  writeDesc(writer, semantic->GetName());
+  writer.Key("type");
+  writer.String(referenceText(semantic->GetType(), unresolved));
+  writer.Key("uuid");
+  writer.String(uuidText(semantic->GetUUID()));
+  writer.EndObject();
+}
+
+picojson::object saveSemantic(const ISemantic* semantic) {
+  return writtenObject([&](JsonTextWriter& writer) { writeSemantic(writer, semantic); });
 }
 
 }  // namespace mat

@@ -31,8 +31,11 @@ class Semantic final : public ISemantic {
   Reference<IType> type_;
 };
 
-// The JSON object of a semantic item: "content", "uuid", "desc" and "type" (always
-// written; an unresolved type as the UUID that was read, or the empty text).
+class JsonTextWriter;
+
+// Writes the JSON object of a semantic item: "content", "desc", "type" (always written;
+// an unresolved type as the UUID that was read, or the empty text) and "uuid".
+void writeSemantic(JsonTextWriter& writer, const ISemantic* semantic);
 picojson::object saveSemantic(const ISemantic* semantic);
 
 }  // namespace mat

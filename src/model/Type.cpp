@@ -1,6 +1,7 @@
 #include "model/Type.h"
 
 #include "core/JsonMembers.h"
+#include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 
@@ -30,13 +31,28 @@ Type::Type(const UUID& uuid, const picojson::object& item, const IGraphLibrary* 
   }
 }
 
-picojson::object saveType(const IType* type) {
-  picojson::object item;
-  writeItemHeader(item, type, "type");
+void writeDesc(JsonTextWriter& writer, const char* name) {
+  if (name == nullptr || name[0] == '\0') return;
+  writer.Key("desc");
+  writer.String(name);
+}
+
+void writeType(JsonTextWriter& writer, const IType* type) {
+  writer.BeginObject();
+  writer.Key("content");
+  writer.String("type");
   if (const IValue* defaultValue = type->GetDefault()) {
-    item["default"] = picojson::value(saveValue(*defaultValue));
+    writer.Key("default");
+    writeValue(writer, *defaultValue);
   }
-  return item;
+  writeDesc(writer, type->GetName());
+  writer.Key("uuid");
+  writer.String(uuidText(type->GetUUID()));
+  writer.EndObject();
+}
+
+picojson::object saveType(const IType* type) {
+  return writtenObject([&](JsonTextWriter& writer) { writeType(writer, type); });
 }
 
 }  // namespace mat

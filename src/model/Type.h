@@ -31,8 +31,14 @@ class Type final : public IType {
   std::string name_;
 };
 
-// The JSON object of a type item: "content", "uuid", "desc" and "default".
+class JsonTextWriter;
+
+// Writes the JSON object of a type item: "content", "default", "desc" and "uuid".
+void writeType(JsonTextWriter& writer, const IType* type);
 picojson::object saveType(const IType* type);
+
+// Writes "desc" when `name` is not empty.
+void writeDesc(JsonTextWriter& writer, const char* name);
 
 // The text of a "desc" member. Throws InputFileParsingException "Invalid type for desc"
 // when it is not a string.

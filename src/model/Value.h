@@ -54,12 +54,17 @@ class Value final : public IValue {
   Storage storage_;
 };
 
-// The JSON object of a value: "component" and "value" (one element itself, several as
+class JsonTextWriter;
+
+// Writes the JSON object of a value: "component" and "value" (one element itself, several as
 // an array, none left out). A semantic element that was not found is written as the
 // UUID that was read, or as the empty text when none is known.
 // Throws InvalidDataAccess "Float value is not a number" for a NaN element; an infinite
 // float is written as a number beyond the float range, which reads back as the same
 // infinity.
+void writeValue(JsonTextWriter& writer, const IValue& value);
+
+// The JSON object that writeValue writes.
 picojson::object saveValue(const IValue& value);
 
 // A JSON number as a float: the nearest float, and beyond the float range an infinity of

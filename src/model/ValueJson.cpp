@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "core/JsonMembers.h"
+#include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
@@ -114,26 +115,32 @@ Value::Storage readStorage(ValueType kind, const picojson::value& value,
   return std::monostate{};
 }
 
-picojson::value elementJson(const Value::Storage& storage, size_t index) {
+void writeElement(JsonTextWriter& writer, const Value::Storage& storage, size_t index) {
   switch (static_cast<ValueType>(storage.index())) {
     case ValueType::Bool:
-      return picojson::value(static_cast<bool>(std::get<std::vector<bool>>(storage)[index]));
+      writer.Bool(std::get<std::vector<bool>>(storage)[index]);
+      break;
     case ValueType::Int:
-      return picojson::value(static_cast<double>(std::get<std::vector<int32_t>>(storage)[index]));
+      writer.Number(static_cast<double>(std::get<std::vector<int32_t>>(storage)[index]));
+      break;
     case ValueType::Float:
-      return picojson::value(floatToJsonNumber(std::get<std::vector<float>>(storage)[index]));
+      writer.Number(floatToJsonNumber(std::get<std::vector<float>>(storage)[index]));
+      break;
     case ValueType::UUID:
-      return picojson::value(uuidText(std::get<std::vector<UUID>>(storage)[index]));
+      writer.String(uuidText(std::get<std::vector<UUID>>(storage)[index]));
+      break;
     case ValueType::String:
-      return picojson::value(std::get<std::vector<std::string>>(storage)[index]);
+      writer.String(std::get<std::vector<std::string>>(storage)[index]);
+      break;
     case ValueType::Semantic: {
       const auto& element = std::get<std::vector<Value::SemanticElement>>(storage)[index];
-      return picojson::value(referenceText(element.object, element.uuid));
+      writer.String(referenceText(element.object, element.uuid));
+      break;
     }
     case ValueType::None:
+      writer.Null();
       break;
   }
-  return picojson::value();
 }
 
 // A copy of a value of another implementation of IValue, through its accessors.
@@ -208,25 +215,35 @@ void Value::Read(const picojson::object& object, const IGraphLibrary* library) {
   storage_ = readStorage(kind, value->second, library);
 }
 
-picojson::object saveValue(const IValue& value) {
+void writeValue(JsonTextWriter& writer, const IValue& value) {
   const auto* ours = dynamic_cast<const Value*>(&value);
   const Value::Storage copied = ours != nullptr ? Value::Storage() : storageOf(value);
   const Value::Storage& storage = ours != nullptr ? ours->GetStorage() : copied;
 
-  picojson::object object;
+  writer.BeginObject();
   const char* keyword = keywordOf(static_cast<ValueType>(storage.index()));
-  if (keyword == nullptr) return object;
-  object["component"] = picojson::value(keyword);
-  const size_t count = value.GetCount();
-  if (count == 1) {
-    object["value"] = elementJson(storage, 0);
-  } else if (count > 1) {
-    picojson::array items;
-    items.reserve(count);
-    for (size_t i = 0; i < count; ++i) items.push_back(elementJson(storage, i));
-    object["value"] = picojson::value(std::move(items));
+  if (keyword != nullptr) {
+    writer.Key("component");
+    writer.String(keyword);
+    const size_t count = value.GetCount();
+    if (count == 1) {
+      writer.Key("value");
+      writeElement(writer, storage, 0);
+    } else if (count > 1) {
+      writer.Key("value");
+      writer.BeginArray(false);
+      for (size_t i = 0; i < count; ++i) {
+        writer.NextElement();
+        writeElement(writer, storage, i);
+      }
+      writer.EndArray();
+    }
   }
-  return object;
+  writer.EndObject();
+}
+
+picojson::object saveValue(const IValue& value) {
+  return writtenObject([&](JsonTextWriter& writer) { writeValue(writer, value); });
 }
 
 }  // namespace mat
