@@ -1,3 +1,4 @@
+#include <array>
 #include <cstring>
 
 #include "core/UUIDText.h"
@@ -15,12 +16,19 @@ constexpr bool isDashPosition(size_t position) {
   return position == 8 || position == 13 || position == 18 || position == 23;
 }
 
-int hexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
+// The value of each hexadecimal digit, -1 for every other byte.
+constexpr std::array<int8_t, 256> hexValues = [] {
+  std::array<int8_t, 256> values{};
+  for (auto& value : values) value = -1;
+  for (int digit = 0; digit < 10; ++digit) values['0' + digit] = static_cast<int8_t>(digit);
+  for (int digit = 0; digit < 6; ++digit) {
+    values['a' + digit] = static_cast<int8_t>(10 + digit);
+    values['A' + digit] = static_cast<int8_t>(10 + digit);
+  }
+  return values;
+}();
+
+int hexValue(char c) { return hexValues[static_cast<unsigned char>(c)]; }
 
 void writeText(const UUID& uuid, char* buffer) {
   size_t position = 0;

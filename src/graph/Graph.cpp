@@ -50,17 +50,23 @@ Graph::Graph(const UUID& uuid, const picojson::object& item, const IGraphLibrary
       }
       const picojson::array& nodes = value.get<picojson::array>();
       nodes_.reserve(nodes.size() + 2);
+      pendingNodes_.reserve(nodes.size());
       for (size_t k = 0; k < nodes.size(); ++k) {
         TrailStep nodeStep(k);
         const picojson::value& element = nodes[k];
         if (!element.is<picojson::object>()) throw InputFileParsingException("Expected object");
-        const picojson::object& node = element.get<picojson::object>();
-        const UUID nodeUUID = getUUIDMember(node, "uuid");
+        const NodeMembers members = NodeMembers::Collect(element.get<picojson::object>());
+        if (members.uuid == nullptr || !members.uuid->second.is<std::string>()) {
+          appendTrailStep("uuid");
+          throw InputFileParsingException("Value not found in object");
+        }
+        const UUID nodeUUID = uuidFromText(members.uuid->second.get<std::string>());
         if (!nodeIndex_.emplace(nodeUUID, nodes_.size()).second) {
           throw InputFileParsingException("Graph " + uuidText(uuid_) + ": two nodes with UUID " +
                                           uuidText(nodeUUID));
         }
-        nodes_.push_back(std::make_shared<GraphNode>(nodeUUID, node));
+        nodes_.push_back(std::make_shared<GraphNode>(nodeUUID, members));
+        pendingNodes_.push_back(members);
       }
     } else if (key == "output") {
       if (!value.is<picojson::array>()) throw InputFileParsingException("Invalid type for output");
@@ -134,15 +140,13 @@ void Graph::ReplaceNodeAt(size_t index, std::shared_ptr<GraphNode> node) {
 }
 
 void Graph::ReadConnections(const picojson::object& item) {
-  const auto nodesMember = item.find("nodes");
-  const picojson::array* nodes =
-      nodesMember != item.end() ? &nodesMember->second.get<picojson::array>() : nullptr;
   // Node k of the file sits at index k + 2: the first pass refused repeated UUIDs.
-  if (nodes != nullptr) {
+  const auto nodesMember = item.find("nodes");
+  if (nodesMember != item.end()) {
     TrailStep step(nodesMember->first);
-    for (size_t k = 0; k < nodes->size(); ++k) {
+    for (size_t k = 0; k < pendingNodes_.size(); ++k) {
       TrailStep nodeStep(k);
-      nodes_[k + 2]->ReadNodeClass((*nodes)[k].get<picojson::object>(), library_);
+      nodes_[k + 2]->ReadNodeClass(pendingNodes_[k], library_);
     }
   }
   // Every class is known before any input is read, so a connection may name a node that
@@ -150,14 +154,15 @@ void Graph::ReadConnections(const picojson::object& item) {
   for (const auto& [key, value] : item) {
     TrailStep step(key);
     if (key == "nodes") {
-      for (size_t k = 0; k < nodes->size(); ++k) {
+      for (size_t k = 0; k < pendingNodes_.size(); ++k) {
         TrailStep nodeStep(k);
-        nodes_[k + 2]->ReadInputs((*nodes)[k].get<picojson::object>(), *this);
+        nodes_[k + 2]->ReadInputs(pendingNodes_[k], *this);
       }
     } else if (key == "output") {
       nodes_[GetOutputNodeIndex()]->ReadOutputConnections(value.get<picojson::array>(), *this);
     }
   }
+  pendingNodes_ = std::vector<NodeMembers>();
 }
 
 const IParameter* Graph::GetInput(size_t index) const {

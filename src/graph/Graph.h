@@ -74,8 +74,9 @@ class Graph final : public IGraph {
   Graph(const Graph& other);
   Graph& operator=(const Graph&) = delete;
 
-  // Second pass of reading: the nodes' classes, then their inputs and the graph
-  // outputs' connections. Throws InputFileParsingException or InvalidDataAccess.
+  // Second pass of reading, with the same object the constructor read (the first pass
+  // keeps pointers into it): the nodes' classes, then their inputs and the graph outputs'
+  // connections. Throws InputFileParsingException or InvalidDataAccess.
   void ReadConnections(const picojson::object& item);
 
   const IGraphLibrary* GetLibrary() const override { return library_; }
@@ -141,6 +142,9 @@ class Graph final : public IGraph {
   ParameterList outputs_;
   std::vector<std::shared_ptr<GraphNode>> nodes_;
   std::map<UUID, size_t> nodeIndex_;
+  // Between the two passes of reading: the members of each node object of the file, in
+  // file order, so that the second pass does not look them up again.
+  std::vector<NodeMembers> pendingNodes_;
 };
 
 // Writes the JSON object of a graph item: "content", "desc", "input", "nodes", "output"

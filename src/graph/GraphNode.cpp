@@ -31,22 +31,44 @@ ConnectionSource readConnectionSource(const picojson::value& from) {
 
 }  // namespace
 
-GraphNode::GraphNode(const UUID& uuid, const picojson::object& node)
-    : kind_(ClassNode), uuid_(uuid) {
-  for (const auto& [key, value] : node) {
-    TrailStep step(key);
+NodeMembers NodeMembers::Collect(const picojson::object& node) {
+  NodeMembers members;
+  for (const Member& member : node) {
+    const std::string& key = member.first;
     if (key == "desc") {
-      name_ = readDesc(value);
+      members.desc = &member;
     } else if (key == "editorpos") {
-      const picojson::array* position =
-          value.is<picojson::array>() ? &value.get<picojson::array>() : nullptr;
-      if (position == nullptr || position->size() != 2 || !(*position)[0].is<double>() ||
-          !(*position)[1].is<double>()) {
-        throw InputFileParsingException("Invalid type for editorpos");
-      }
-      editorX_ = roundToFloat((*position)[0].get<double>());
-      editorY_ = roundToFloat((*position)[1].get<double>());
+      members.editorpos = &member;
+    } else if (key == "input") {
+      members.input = &member;
+    } else if (key == "node") {
+      members.nodeClass = &member;
+    } else if (key == "uuid") {
+      members.uuid = &member;
     }
+  }
+  return members;
+}
+
+GraphNode::GraphNode(const UUID& uuid, const picojson::object& node)
+    : GraphNode(uuid, NodeMembers::Collect(node)) {}
+
+GraphNode::GraphNode(const UUID& uuid, const NodeMembers& members) : kind_(ClassNode), uuid_(uuid) {
+  if (members.desc != nullptr) {
+    TrailStep step(members.desc->first);
+    name_ = readDesc(members.desc->second);
+  }
+  if (members.editorpos != nullptr) {
+    TrailStep step(members.editorpos->first);
+    const picojson::value& value = members.editorpos->second;
+    const picojson::array* position =
+        value.is<picojson::array>() ? &value.get<picojson::array>() : nullptr;
+    if (position == nullptr || position->size() != 2 || !(*position)[0].is<double>() ||
+        !(*position)[1].is<double>()) {
+      throw InputFileParsingException("Invalid type for editorpos");
+    }
+    editorX_ = roundToFloat((*position)[0].get<double>());
+    editorY_ = roundToFloat((*position)[1].get<double>());
   }
 }
 
@@ -75,14 +97,18 @@ void GraphNode::GetEditorPosition(float* x, float* y) const {
 }
 
 void GraphNode::ReadNodeClass(const picojson::object& node, const IGraphLibrary* library) {
-  const auto member = node.find("node");
-  if (member == node.end()) {
+  ReadNodeClass(NodeMembers::Collect(node), library);
+}
+
+void GraphNode::ReadNodeClass(const NodeMembers& members, const IGraphLibrary* library) {
+  if (members.nodeClass == nullptr) {
     appendTrailStep("node");
     throw InputFileParsingException("Node " + uuidText(uuid_) + ": member \"node\" is missing");
   }
-  TrailStep step(member->first);
-  if (!member->second.is<std::string>()) throw InputFileParsingException("Invalid type for node");
-  const UUID classUUID = uuidFromText(member->second.get<std::string>());
+  TrailStep step(members.nodeClass->first);
+  const picojson::value& value = members.nodeClass->second;
+  if (!value.is<std::string>()) throw InputFileParsingException("Invalid type for node");
+  const UUID classUUID = uuidFromText(value.get<std::string>());
   nodeClass_ = library->FindAnyNodeClass(classUUID, true);
   if (!nodeClass_) {
     throw InputFileParsingException("Node " + uuidText(uuid_) + ": node class " +
@@ -92,11 +118,14 @@ void GraphNode::ReadNodeClass(const picojson::object& node, const IGraphLibrary*
 }
 
 void GraphNode::ReadInputs(const picojson::object& node, const Graph& graph) {
+  ReadInputs(NodeMembers::Collect(node), graph);
+}
+
+void GraphNode::ReadInputs(const NodeMembers& members, const Graph& graph) {
   ResizeInputs();
-  const auto member = node.find("input");
-  if (member == node.end()) return;
-  TrailStep step(member->first);
-  const picojson::value& input = member->second;
+  if (members.input == nullptr) return;
+  TrailStep step(members.input->first);
+  const picojson::value& input = members.input->second;
   size_t index = 0;
   auto connect = [&](const picojson::value& from) {
     const ConnectionSource source = readConnectionSource(from);
@@ -108,14 +137,29 @@ void GraphNode::ReadInputs(const picojson::object& node, const Graph& graph) {
     for (size_t position = 0; position < entries.size(); ++position) {
       TrailStep entryStep(position);
       const picojson::object& fields = objectMember(entries[position], "input");
-      if (!nodeClass_->FindInput(getStringMember(fields, "name").c_str(), &index)) continue;
-      const auto from = fields.find("from");
-      if (from != fields.end()) {
+      // One walk finds the entry's members; they are then read name first.
+      const picojson::object::value_type* defaultValue = nullptr;
+      const picojson::object::value_type* from = nullptr;
+      const picojson::object::value_type* name = nullptr;
+      for (const auto& member : fields) {
+        if (member.first == "default") {
+          defaultValue = &member;
+        } else if (member.first == "from") {
+          from = &member;
+        } else if (member.first == "name") {
+          name = &member;
+        }
+      }
+      if (name == nullptr || !name->second.is<std::string>()) {
+        appendTrailStep("name");
+        throw InputFileParsingException("Value not found in object");
+      }
+      if (!nodeClass_->FindInput(name->second.get<std::string>().c_str(), &index)) continue;
+      if (from != nullptr) {
         TrailStep fromStep(from->first);
         connect(from->second);
       }
-      const auto defaultValue = fields.find("default");
-      if (defaultValue != fields.end()) {
+      if (defaultValue != nullptr) {
         TrailStep defaultStep(defaultValue->first);
         inputs_[index].defaultValue.Read(objectMember(defaultValue->second, "default"),
                                          graph.GetLibrary());

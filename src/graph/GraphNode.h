@@ -30,6 +30,18 @@ struct NodeInput {
   }
 };
 
+// The members of a node object that the reader uses, found in one walk over the object.
+struct NodeMembers {
+  using Member = picojson::object::value_type;
+  const Member* desc = nullptr;
+  const Member* editorpos = nullptr;
+  const Member* input = nullptr;
+  const Member* nodeClass = nullptr;  // "node"
+  const Member* uuid = nullptr;
+
+  static NodeMembers Collect(const picojson::object& node);
+};
+
 // The one implementation of IGraphNode. A node does not know its graph; the operations
 // that need it take it as an argument.
 class GraphNode final : public IGraphNode {
@@ -38,6 +50,7 @@ class GraphNode final : public IGraphNode {
   // later passes (ReadNodeClass, ReadInputs). Throws InputFileParsingException for
   // members of the wrong JSON type.
   GraphNode(const UUID& uuid, const picojson::object& node);
+  GraphNode(const UUID& uuid, const NodeMembers& members);
   // A node of `kind` and `nodeClass` with one empty record per input of the class.
   GraphNode(const UUID& uuid, NodeKind kind, std::shared_ptr<const INodeClass> nodeClass);
 
@@ -52,8 +65,10 @@ class GraphNode final : public IGraphNode {
   // Finds the class that "node" names in `library` and its parents (graphs first).
   // Throws InputFileParsingException when "node" is missing or finds nothing.
   void ReadNodeClass(const picojson::object& node, const IGraphLibrary* library);
+  void ReadNodeClass(const NodeMembers& members, const IGraphLibrary* library);
   // Reads the defaults and connections of "input" (array or object form).
   void ReadInputs(const picojson::object& node, const Graph& graph);
+  void ReadInputs(const NodeMembers& members, const Graph& graph);
   // Output node only: reads the "from" of each graph output entry into its record.
   void ReadOutputConnections(const picojson::array& outputs, const Graph& graph);
   // Feeds input `inputName` from output `outputName` of `source`.
