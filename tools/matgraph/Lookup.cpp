@@ -72,12 +72,14 @@ std::shared_ptr<const mat::IGraph> findGraph(const mat::IGraphLibrary& library,
   for (auto parent = chain.rbegin(); parent != chain.rend(); ++parent) {
     if (auto graph = (*parent)->FindGraphByName(nameOrUUID.c_str())) return graph;
   }
-  throw ToolError("MG306", library.GetName(),
-                  "no graph \"" + nameOrUUID + "\"; the graphs of the file are " +
-                      nameList(library.GetGraphCount(), [&](size_t i) {
-                        const auto graph = library.GetGraph(i);
-                        return quotedName(graph->GetName(), graph->GetUUID());
-                      }));
+  const std::string graphs =
+      library.GetGraphCount() == 0
+          ? "the file has none"
+          : "the graphs of the file are " + nameList(library.GetGraphCount(), [&](size_t i) {
+              const auto graph = library.GetGraph(i);
+              return quotedName(graph->GetName(), graph->GetUUID());
+            });
+  throw ToolError("MG306", library.GetName(), "no graph \"" + nameOrUUID + "\"; " + graphs);
 }
 
 NodePath findNode(const mat::IGraph& root, const std::string& path) {
