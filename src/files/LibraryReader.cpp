@@ -167,6 +167,33 @@ std::wstring widen(const std::string& text) {
   return wide;
 }
 
+// picojson reads arrays and objects recursively and limits the depth of arrays only, so
+// objects nested tens of thousands deep would exhaust the stack. A text nested deeper than
+// this is refused before it is parsed.
+constexpr size_t maxNesting = 512;
+
+// Whether an array or object of the text opens a level beyond maxNesting.
+bool nestedTooDeep(const char* text, const char* end) {
+  size_t depth = 0;
+  bool inString = false;
+  for (const char* c = text; c < end; ++c) {
+    if (inString) {
+      if (*c == '\\' && c + 1 < end) {
+        ++c;
+      } else if (*c == '"') {
+        inString = false;
+      }
+    } else if (*c == '"') {
+      inString = true;
+    } else if (*c == '[' || *c == '{') {
+      if (++depth > maxNesting) return true;
+    } else if ((*c == ']' || *c == '}') && depth > 0) {
+      --depth;
+    }
+  }
+  return false;
+}
+
 // 1-based line and column of `position` in `text`.
 void locate(const char* text, const char* position, LoadDiagnostic& diagnostic) {
   diagnostic.line = 1;
@@ -183,12 +210,20 @@ void locate(const char* text, const char* position, LoadDiagnostic& diagnostic) 
 const IGraphLibrary* load(const char* text, const IGraphLibrary* parent, const char* name,
                           LoadDiagnostic& diagnostic) {
   diagnostic = LoadDiagnostic();
+  // The text ends at its first NUL.
+  const char* end = text + std::strlen(text);
+  if (nestedTooDeep(text, end)) {
+    diagnostic.outcome = LoadDiagnostic::Refused;
+    diagnostic.message = InputFileParsingException("Nesting too deep: more than " +
+                                                   std::to_string(maxNesting) + " levels")
+                             .what();
+    return nullptr;
+  }
   picojson::value root;
   std::string syntaxError;
   try {
-    // The text ends at its first NUL. A syntax error leaves in `root` what was read
-    // before it, and so does a number beyond the double range, which picojson throws for.
-    const char* end = text + std::strlen(text);
+    // A syntax error leaves in `root` what was read before it, and so does a number
+    // beyond the double range, which picojson throws for.
     const char* stop = picojson::parse(root, text, end, &syntaxError);
     if (!syntaxError.empty()) locate(text, stop, diagnostic);
   } catch (const std::overflow_error&) {
