@@ -167,32 +167,71 @@ std::wstring widen(const std::string& text) {
   return wide;
 }
 
-// picojson reads arrays and objects recursively and limits the depth of arrays only, so
-// objects nested tens of thousands deep would exhaust the stack. A text nested deeper than
-// this is refused before it is parsed.
 constexpr size_t maxNesting = 512;
 
-// Whether an array or object of the text opens a level beyond maxNesting.
-bool nestedTooDeep(const char* text, const char* end) {
-  size_t depth = 0;
-  bool inString = false;
-  for (const char* c = text; c < end; ++c) {
-    if (inString) {
-      if (*c == '\\' && c + 1 < end) {
-        ++c;
-      } else if (*c == '"') {
-        inString = false;
-      }
-    } else if (*c == '"') {
-      inString = true;
-    } else if (*c == '[' || *c == '{') {
-      if (++depth > maxNesting) return true;
-    } else if ((*c == ']' || *c == '}') && depth > 0) {
-      --depth;
-    }
+// Builds the document as picojson's own context does, but limits the nesting of objects
+// as well as of arrays: its parser descends recursively, and a text nested tens of
+// thousands deep would exhaust the stack. Going deeper than maxNesting stops the parse
+// and sets `tooDeep`.
+class BoundedParseContext {
+ public:
+  BoundedParseContext(picojson::value* out, size_t levelsLeft, bool* tooDeep, const char* end)
+      : out_(out), levelsLeft_(levelsLeft), tooDeep_(tooDeep), end_(end) {}
+
+  bool set_null() {
+    *out_ = picojson::value();
+    return true;
   }
-  return false;
-}
+  bool set_bool(bool value) {
+    *out_ = picojson::value(value);
+    return true;
+  }
+  bool set_number(double number) {
+    *out_ = picojson::value(number);
+    return true;
+  }
+  // A string is given its room before it is read, so that a long one (most are UUID
+  // texts) is not copied from buffer to growing buffer.
+  bool parse_string(picojson::input<const char*>& in) {
+    *out_ = picojson::value(picojson::string_type, false);
+    std::string& text = out_->get<std::string>();
+    const char* start = in.cur();
+    if (const void* quote = std::memchr(start, '"', static_cast<size_t>(end_ - start))) {
+      text.reserve(static_cast<size_t>(static_cast<const char*>(quote) - start));
+    }
+    return picojson::_parse_string(text, in);
+  }
+  bool parse_array_start() { return Open(picojson::array_type); }
+  bool parse_array_item(picojson::input<const char*>& in, size_t) {
+    picojson::array& array = out_->get<picojson::array>();
+    array.push_back(picojson::value());
+    BoundedParseContext element(&array.back(), levelsLeft_ - 1, tooDeep_, end_);
+    return picojson::_parse(element, in);
+  }
+  bool parse_array_stop(size_t) { return true; }
+  bool parse_object_start() { return Open(picojson::object_type); }
+  bool parse_object_item(picojson::input<const char*>& in, const std::string& key) {
+    BoundedParseContext member(&out_->get<picojson::object>()[key], levelsLeft_ - 1, tooDeep_,
+                               end_);
+    return picojson::_parse(member, in);
+  }
+  bool parse_object_stop() { return true; }
+
+ private:
+  bool Open(int type) {
+    if (levelsLeft_ == 0) {
+      *tooDeep_ = true;
+      return false;
+    }
+    *out_ = picojson::value(type, false);
+    return true;
+  }
+
+  picojson::value* out_;
+  size_t levelsLeft_;
+  bool* tooDeep_;
+  const char* end_;
+};
 
 // 1-based line and column of `position` in `text`.
 void locate(const char* text, const char* position, LoadDiagnostic& diagnostic) {
@@ -210,24 +249,25 @@ void locate(const char* text, const char* position, LoadDiagnostic& diagnostic) 
 const IGraphLibrary* load(const char* text, const IGraphLibrary* parent, const char* name,
                           LoadDiagnostic& diagnostic) {
   diagnostic = LoadDiagnostic();
-  // The text ends at its first NUL.
-  const char* end = text + std::strlen(text);
-  if (nestedTooDeep(text, end)) {
+  picojson::value root;
+  std::string syntaxError;
+  bool tooDeep = false;
+  try {
+    // The text ends at its first NUL. A syntax error leaves in `root` what was read
+    // before it, and so does a number beyond the double range, which picojson throws for.
+    const char* end = text + std::strlen(text);
+    BoundedParseContext context(&root, maxNesting, &tooDeep, end);
+    const char* stop = picojson::_parse(context, text, end, &syntaxError);
+    if (!syntaxError.empty()) locate(text, stop, diagnostic);
+  } catch (const std::overflow_error&) {
+    syntaxError = "number beyond the range of a double";
+  }
+  if (tooDeep) {
     diagnostic.outcome = LoadDiagnostic::Refused;
     diagnostic.message = InputFileParsingException("Nesting too deep: more than " +
                                                    std::to_string(maxNesting) + " levels")
                              .what();
     return nullptr;
-  }
-  picojson::value root;
-  std::string syntaxError;
-  try {
-    // A syntax error leaves in `root` what was read before it, and so does a number
-    // beyond the double range, which picojson throws for.
-    const char* stop = picojson::parse(root, text, end, &syntaxError);
-    if (!syntaxError.empty()) locate(text, stop, diagnostic);
-  } catch (const std::overflow_error&) {
-    syntaxError = "number beyond the range of a double";
   }
   diagnostic.message = syntaxError;
   if (!root.is<picojson::array>()) {
@@ -274,10 +314,11 @@ void readLibrary(GraphLibrary& library, const picojson::array& root, LoadProgres
   // Graphs may use one another as node classes in any order, so connections are read
   // only once every graph exists.
   NestingRingGuard ringGuard(graphs);
+  NodeClassCache nodeClasses;
   for (size_t i = 0; i < graphs.size(); ++i) {
     progress.EnterItem(graphItems[i].index, graphItems[i].uuid);
     TrailStep step(graphItems[i].index);
-    graphs[i]->ReadConnections(*graphItems[i].item);
+    graphs[i]->ReadConnections(*graphItems[i].item, &nodeClasses);
   }
   progress.inItem = false;
   refuseRecursiveNesting(graphs);

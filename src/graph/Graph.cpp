@@ -139,14 +139,14 @@ void Graph::ReplaceNodeAt(size_t index, std::shared_ptr<GraphNode> node) {
   nodes_[index] = std::move(node);
 }
 
-void Graph::ReadConnections(const picojson::object& item) {
+void Graph::ReadConnections(const picojson::object& item, NodeClassCache* cache) {
   // Node k of the file sits at index k + 2: the first pass refused repeated UUIDs.
   const auto nodesMember = item.find("nodes");
   if (nodesMember != item.end()) {
     TrailStep step(nodesMember->first);
     for (size_t k = 0; k < pendingNodes_.size(); ++k) {
       TrailStep nodeStep(k);
-      nodes_[k + 2]->ReadNodeClass(pendingNodes_[k], library_);
+      nodes_[k + 2]->ReadNodeClass(pendingNodes_[k], library_, cache);
     }
   }
   // Every class is known before any input is read, so a connection may name a node that

@@ -77,7 +77,8 @@ class Graph final : public IGraph {
   // Second pass of reading, with the same object the constructor read (the first pass
   // keeps pointers into it): the nodes' classes, then their inputs and the graph outputs'
   // connections. Throws InputFileParsingException or InvalidDataAccess.
-  void ReadConnections(const picojson::object& item);
+  // `cache` may be shared by the graphs of one load.
+  void ReadConnections(const picojson::object& item, NodeClassCache* cache = nullptr);
 
   const IGraphLibrary* GetLibrary() const override { return library_; }
   const UUID& GetUUID() const override { return uuid_; }

@@ -1,5 +1,7 @@
 #include "graph/GraphNode.h"
 
+#include <cstring>
+
 #include "core/JsonMembers.h"
 #include "core/JsonTextWriter.h"
 #include "core/LoadTrail.h"
@@ -100,7 +102,23 @@ void GraphNode::ReadNodeClass(const picojson::object& node, const IGraphLibrary*
   ReadNodeClass(NodeMembers::Collect(node), library);
 }
 
-void GraphNode::ReadNodeClass(const NodeMembers& members, const IGraphLibrary* library) {
+size_t NodeClassCache::UUIDHash::operator()(const UUID& uuid) const {
+  size_t hash = 0;  // identifiers are random: their first bytes spread well
+  std::memcpy(&hash, uuid.bytes, sizeof hash);
+  return hash;
+}
+
+std::shared_ptr<const INodeClass> NodeClassCache::Find(const IGraphLibrary& library,
+                                                       const UUID& uuid) {
+  const auto found = classes_.find(uuid);
+  if (found != classes_.end()) return found->second;
+  auto nodeClass = library.FindAnyNodeClass(uuid, true);
+  if (nodeClass) classes_.emplace(uuid, nodeClass);
+  return nodeClass;
+}
+
+void GraphNode::ReadNodeClass(const NodeMembers& members, const IGraphLibrary* library,
+                              NodeClassCache* cache) {
   if (members.nodeClass == nullptr) {
     appendTrailStep("node");
     throw InputFileParsingException("Node " + uuidText(uuid_) + ": member \"node\" is missing");
@@ -109,7 +127,8 @@ void GraphNode::ReadNodeClass(const NodeMembers& members, const IGraphLibrary* l
   const picojson::value& value = members.nodeClass->second;
   if (!value.is<std::string>()) throw InputFileParsingException("Invalid type for node");
   const UUID classUUID = uuidFromText(value.get<std::string>());
-  nodeClass_ = library->FindAnyNodeClass(classUUID, true);
+  nodeClass_ = cache != nullptr ? cache->Find(*library, classUUID)
+                                : library->FindAnyNodeClass(classUUID, true);
   if (!nodeClass_) {
     throw InputFileParsingException("Node " + uuidText(uuid_) + ": node class " +
                                     uuidText(classUUID) + " not found");

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "mat/IGraphNode.h"
@@ -42,6 +43,19 @@ struct NodeMembers {
   static NodeMembers Collect(const picojson::object& node);
 };
 
+// The classes that nodes name, found once per UUID during one load: the library chain
+// does not change while connections are read, and many nodes share a class.
+class NodeClassCache {
+ public:
+  std::shared_ptr<const INodeClass> Find(const IGraphLibrary& library, const UUID& uuid);
+
+ private:
+  struct UUIDHash {
+    size_t operator()(const UUID& uuid) const;
+  };
+  std::unordered_map<UUID, std::shared_ptr<const INodeClass>, UUIDHash> classes_;
+};
+
 // The one implementation of IGraphNode. A node does not know its graph; the operations
 // that need it take it as an argument.
 class GraphNode final : public IGraphNode {
@@ -65,7 +79,8 @@ class GraphNode final : public IGraphNode {
   // Finds the class that "node" names in `library` and its parents (graphs first).
   // Throws InputFileParsingException when "node" is missing or finds nothing.
   void ReadNodeClass(const picojson::object& node, const IGraphLibrary* library);
-  void ReadNodeClass(const NodeMembers& members, const IGraphLibrary* library);
+  void ReadNodeClass(const NodeMembers& members, const IGraphLibrary* library,
+                     NodeClassCache* cache = nullptr);
   // Reads the defaults and connections of "input" (array or object form).
   void ReadInputs(const picojson::object& node, const Graph& graph);
   void ReadInputs(const NodeMembers& members, const Graph& graph);
