@@ -241,6 +241,12 @@ TEST_F(CheckCommand, NeverCrashesOnBadInput) {
   }
 }
 
+TEST_F(CheckCommand, ReadsAPipe) {
+  const ToolRun run = Shell("cat base.matlib | \"$MATGRAPH\" check /dev/stdin");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "/dev/stdin: 0 errors, 0 warnings\n");
+}
+
 TEST_F(CheckCommand, PutsAFileItCannotReadIntoTheJsonDocument) {
   const ToolRun run = Run("check --json none.matlib");
   EXPECT_EQ(run.status, 2);

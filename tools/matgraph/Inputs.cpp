@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
+#include <vector>
 
 namespace matgraph {
 
@@ -17,27 +17,32 @@ std::string readLibraryFile(const std::string& path) {
     throw ToolError("MG302", path, "cannot read: no such file");
   }
   if (fs::is_directory(status)) throw ToolError("MG302", path, "cannot read: it is a directory");
-  if (!fs::is_regular_file(status)) {
-    throw ToolError("MG302", path, "cannot read: it is not a regular file");
-  }
-  const uintmax_t size = fs::file_size(path, error);
-  if (!error && size > maxLibraryFileSize) {
-    throw ToolError("MG303", path,
-                    "too large: " + std::to_string(size) + " bytes, the limit is " +
-                        std::to_string(maxLibraryFileSize) + " bytes");
+  const auto tooLarge = [&path](const std::string& size) {
+    return ToolError("MG303", path,
+                     "too large: " + size + " bytes, the limit is " +
+                         std::to_string(maxLibraryFileSize) + " bytes");
+  };
+  // A regular file tells its size up front; a pipe (as from <(...)) or a device is read
+  // until its end or the limit, whichever comes first.
+  size_t expected = 0;
+  if (fs::is_regular_file(status)) {
+    const uintmax_t size = fs::file_size(path, error);
+    if (!error && size > maxLibraryFileSize) throw tooLarge(std::to_string(size));
+    if (!error) expected = static_cast<size_t>(size);
   }
   std::ifstream in(path, std::ios::binary);
   if (!in.is_open()) {
     throw ToolError("MG302", path, std::string("cannot read: ") + std::strerror(errno));
   }
   std::string text;
-  if (!error) text.reserve(static_cast<size_t>(size));
-  text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  if (in.bad()) throw ToolError("MG302", path, "cannot read: a read error occurred");
-  if (text.size() > maxLibraryFileSize) {  // it grew while it was read
-    throw ToolError("MG303", path,
-                    "too large: the limit is " + std::to_string(maxLibraryFileSize) + " bytes");
+  text.reserve(expected);
+  std::vector<char> buffer(size_t{1} << 16);
+  while (in.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) || in.gcount() > 0) {
+    text.append(buffer.data(), static_cast<size_t>(in.gcount()));
+    if (text.size() > maxLibraryFileSize)
+      throw tooLarge("more than " + std::to_string(text.size()));
   }
+  if (in.bad()) throw ToolError("MG302", path, "cannot read: a read error occurred");
   return text;
 }
 
