@@ -1,0 +1,181 @@
+// Values between C++ and Python: an IValue is a Python list of its elements.
+//
+// Values going in are built as the library's own Value class (linked in statically),
+// since the exported functions cannot make a string value.
+#include <climits>
+
+#include "Bindings.h"
+#include "model/Value.h"
+
+namespace matgraph::python {
+
+namespace {
+
+struct KindKeyword {
+  mat::ValueType kind;
+  const char* keyword;
+};
+
+const KindKeyword kindKeywords[] = {
+    {mat::ValueType::Bool, "bool"},     {mat::ValueType::Int, "int"},
+    {mat::ValueType::Float, "float"},   {mat::ValueType::UUID, "uuid"},
+    {mat::ValueType::String, "string"}, {mat::ValueType::Semantic, "semantic"},
+};
+
+const char* keywordOf(mat::ValueType kind) {
+  for (const KindKeyword& entry : kindKeywords) {
+    if (entry.kind == kind) return entry.keyword;
+  }
+  return "none";
+}
+
+py::object elementToPython(const mat::IValue& value, size_t index, const py::object& owner) {
+  switch (value.GetValueType()) {
+    case mat::ValueType::Bool:
+      return py::bool_(value.GetBool(index));
+    case mat::ValueType::Int:
+      return py::int_(value.GetInt(index));
+    case mat::ValueType::Float:
+      return py::float_(static_cast<double>(value.GetFloat(index)));
+    case mat::ValueType::UUID:
+      return py::cast(value.GetUUID(index));
+    case mat::ValueType::String:
+      return textToPython(value.GetString(index));
+    case mat::ValueType::Semantic:
+      return wrapSemantic(value.GetSemantic(index), owner);
+    case mat::ValueType::None:
+      break;
+  }
+  return py::none();
+}
+
+bool isBool(py::handle item) { return PyBool_Check(item.ptr()); }
+bool isInt(py::handle item) { return PyLong_Check(item.ptr()) && !PyBool_Check(item.ptr()); }
+bool isNumber(py::handle item) { return isInt(item) || PyFloat_Check(item.ptr()); }
+bool isText(py::handle item) { return PyUnicode_Check(item.ptr()); }
+bool isUUID(py::handle item) { return py::isinstance<mat::UUID>(item); }
+bool isSemantic(py::handle item) { return item.is_none() || py::isinstance<Semantic>(item); }
+
+template <typename Test>
+bool all(const std::vector<py::handle>& items, Test test) {
+  for (py::handle item : items) {
+    if (!test(item)) return false;
+  }
+  return true;
+}
+
+mat::ValueType inferKind(const std::vector<py::handle>& items) {
+  if (items.empty()) {
+    throw py::type_error("The kind of an empty value is not known; give kind= (\"float\", ...)");
+  }
+  if (all(items, isBool)) return mat::ValueType::Bool;
+  if (all(items, isInt)) return mat::ValueType::Int;
+  if (all(items, isNumber)) return mat::ValueType::Float;
+  if (all(items, isText)) return mat::ValueType::String;
+  if (all(items, isUUID)) return mat::ValueType::UUID;
+  if (all(items, isSemantic)) return mat::ValueType::Semantic;
+  throw py::type_error(
+      "The elements of a value are all bool, all int or float, all str, all UUID or all "
+      "Semantic");
+}
+
+[[noreturn]] void wrongElement(mat::ValueType kind, size_t index, py::handle item) {
+  throw py::type_error("Element " + std::to_string(index) + " of a value of kind " +
+                       keywordOf(kind) + " cannot be " +
+                       std::string(py::str(py::type::handle_of(item).attr("__name__"))));
+}
+
+template <typename Element, typename Convert>
+std::vector<Element> convertAll(const std::vector<py::handle>& items, Convert convert) {
+  std::vector<Element> elements;
+  elements.reserve(items.size());
+  for (size_t i = 0; i < items.size(); ++i) elements.push_back(convert(i, items[i]));
+  return elements;
+}
+
+mat::Value::Storage convert(mat::ValueType kind, const std::vector<py::handle>& items,
+                            std::vector<py::object>* libraries) {
+  switch (kind) {
+    case mat::ValueType::Bool:
+      return convertAll<bool>(items, [&](size_t i, py::handle item) {
+        if (!isBool(item)) wrongElement(kind, i, item);
+        return item.ptr() == Py_True;
+      });
+    case mat::ValueType::Int:
+      return convertAll<int32_t>(items, [&](size_t i, py::handle item) {
+        if (!isInt(item)) wrongElement(kind, i, item);
+        const long long number = PyLong_AsLongLong(item.ptr());
+        if (PyErr_Occurred()) throw py::error_already_set();
+        if (number < INT32_MIN || number > INT32_MAX) {
+          throw py::value_error("Element " + std::to_string(i) +
+                                " is beyond the range of a 32-bit int");
+        }
+        return static_cast<int32_t>(number);
+      });
+    case mat::ValueType::Float:
+      return convertAll<float>(items, [&](size_t i, py::handle item) {
+        if (!isNumber(item)) wrongElement(kind, i, item);
+        const double number = PyFloat_AsDouble(item.ptr());
+        if (PyErr_Occurred()) throw py::error_already_set();
+        return mat::roundToFloat(number);
+      });
+    case mat::ValueType::UUID:
+      return convertAll<mat::UUID>(items, [&](size_t i, py::handle item) {
+        if (!isText(item) && !isUUID(item)) wrongElement(kind, i, item);
+        return uuidFromPython(item);
+      });
+    case mat::ValueType::String:
+      return convertAll<std::string>(items, [&](size_t i, py::handle item) {
+        if (!isText(item)) wrongElement(kind, i, item);
+        return textFromPython(item);
+      });
+    case mat::ValueType::Semantic:
+      return convertAll<mat::Value::SemanticElement>(items, [&](size_t i, py::handle item) {
+        if (!isSemantic(item)) wrongElement(kind, i, item);
+        if (item.is_none()) return mat::Value::SemanticElement();
+        const Semantic& semantic = item.cast<const Semantic&>();
+        if (libraries != nullptr) libraries->push_back(semantic.owner);
+        return mat::Value::SemanticElement(semantic.semantic);
+      });
+    case mat::ValueType::None:
+      break;
+  }
+  throw py::value_error("A value needs an element kind");
+}
+
+}  // namespace
+
+py::object valueToPython(const mat::IValue* value, const py::object& owner) {
+  if (value == nullptr) return py::none();
+  const size_t count = value->GetCount();
+  py::list elements(count);
+  for (size_t i = 0; i < count; ++i) {
+    PyList_SET_ITEM(elements.ptr(), static_cast<Py_ssize_t>(i),
+                    elementToPython(*value, i, owner).release().ptr());
+  }
+  return elements;
+}
+
+mat::ValueType valueTypeFromKeyword(const std::string& keyword) {
+  for (const KindKeyword& entry : kindKeywords) {
+    if (keyword == entry.keyword) return entry.kind;
+  }
+  throw py::value_error("Unknown value kind \"" + keyword +
+                        "\" (bool, int, float, uuid, string or semantic)");
+}
+
+std::unique_ptr<const mat::IValue> valueFromPython(py::handle elements,
+                                                   std::optional<mat::ValueType> kind,
+                                                   std::optional<mat::ValueType> fallback,
+                                                   std::vector<py::object>* libraries) {
+  std::vector<py::handle> items;
+  if (PyList_Check(elements.ptr()) || PyTuple_Check(elements.ptr())) {
+    for (py::handle item : py::reinterpret_borrow<py::sequence>(elements)) items.push_back(item);
+  } else {
+    items.push_back(elements);
+  }
+  mat::ValueType chosen = kind ? *kind : fallback ? *fallback : inferKind(items);
+  return std::make_unique<mat::Value>(convert(chosen, items, libraries));
+}
+
+}  // namespace matgraph::python
