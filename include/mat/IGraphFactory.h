@@ -90,10 +90,14 @@ class IGraphFactory {
   /// Feeds input @p targetInput of @p target from output @p sourceOutput of @p source,
   /// replacing any earlier connection of that input. A graph input is the output of
   /// GetInputNode() of its name; a graph output is the input of GetOutputNode().
-  /// @return ConnectionInvalidNodes for a null or foreign node or source == target;
+  /// @return ConnectionInvalidNodes for a null node, a target of another graph,
+  ///     source == target, or the output node as the source (its outputs are the graph's
+  ///     outputs, which cannot feed a node of the same graph);
   ///     ConnectionNotFound for a missing input or output name;
   ///     ConnectionTypeMismatch when the two types are not the same object.
   ///     Cost: O(log n).
+  /// @throws InvalidDataAccess "Index out of Range: Node not present" for a source of
+  ///     another graph, before anything changes.
   virtual ConnectionResult Connect(const IGraphNode* source, const char* sourceOutput,
                                    const IGraphNode* target, const char* targetInput) = 0;
   /// Registers the graph in the factory's library (it then takes over the lookups of

@@ -230,6 +230,9 @@ ConnectionResult GraphFactory::Connect(const IGraphNode* source, const char* sou
   size_t sourceIndex = 0;
   if (!graph_->IndexOfNode(target, &targetIndex)) return ConnectionInvalidNodes;
   if (!graph_->IndexOfNode(source, &sourceIndex)) throw InvalidDataAccess("Node not present");
+  // A file names the source of a connection by its node's UUID, and the output node is
+  // never written: a connection from it would make a graph that saves but does not load.
+  if (sourceIndex == graph_->GetOutputNodeIndex()) return ConnectionInvalidNodes;
   if (sourceOutput == nullptr || targetInput == nullptr) return ConnectionNotFound;
   return graph_->MutableNode(targetIndex).Connect(targetInput, *source, sourceOutput, *graph_);
 }
