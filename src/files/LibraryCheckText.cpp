@@ -129,7 +129,9 @@ ParsedText parseText(const char* text) {
   parsed.begin = text;
   parsed.end = text + std::strlen(text);
   PlacedInput input(parsed.begin, parsed.end);
-  picojson::default_parse_context context(&parsed.root);
+  // The loader refuses a text nested deeper than it parses before the check gets here, so
+  // this bound, above the loader's, never cuts a text short that the loader read whole.
+  picojson::default_parse_context context(&parsed.root, 1024);
   try {
     if (picojson::_parse(context, input)) {
       parsed.stop = input.cur();

@@ -128,6 +128,12 @@ std::vector<CheckCase> checkCases() {
        withUUIDs(R"([{"content":"type","uuid":"$t1"},{"content":"type",)"),
        {"MG102 ", "MG103 /1/uuid"}},
       {"a refused file", withUUIDs(R"([{"content":"Type","uuid":"$t1"}])"), {"MG104 /0/content"}},
+      {"arrays nested as deep as the loader reads",
+       std::string(300, '[') + std::string(300, ']'),
+       {"MG105 /0"}},
+      {"arrays nested deeper than the loader reads",
+       std::string(600, '[') + std::string(600, ']'),
+       {"MG112 "}},
   };
 }
 
