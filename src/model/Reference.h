@@ -23,11 +23,14 @@ struct Reference {
 };
 
 // The text a file holds for a reference: the UUID of the object, or the UUID that was
-// read when the object was not found, or the empty text when no UUID is known.
+// read when no object was found for it. The nil UUID, which the empty text and every text
+// that is not a UUID read as, is written as the empty text whether or not an object was
+// found for it: a reference written either way reads back the same, so one text for it
+// keeps every later save identical to the first.
 template <typename Object>
 std::string referenceText(const Object* object, const UUID& unresolvedUUID) {
-  if (object != nullptr) return uuidText(object->GetUUID());
-  return unresolvedUUID == UUID{} ? std::string() : uuidText(unresolvedUUID);
+  const UUID& uuid = object != nullptr ? object->GetUUID() : unresolvedUUID;
+  return uuid == UUID{} ? std::string() : uuidText(uuid);
 }
 
 }  // namespace mat
