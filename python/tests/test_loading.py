@@ -55,7 +55,7 @@ def test_a_library_made_empty_has_nothing_and_no_diagnostic(base):
 BAD_TEXTS = [
     # (why, text, outcome, message, (line, column), item index, item uuid, json path)
     ("not JSON", "not json", matgraph.LoadOutcome.NotALibrary,
-     "syntax error at line 1 near: ot json", (1, 9), None, None, ""),
+     "syntax error at line 1, column 2", (1, 2), None, None, ""),
     ("root is not an array", "{}", matgraph.LoadOutcome.NotALibrary,
      "the root of the text is not an array", (0, 0), None, None, ""),
     ("item without uuid", '[{"content":"type"}]', matgraph.LoadOutcome.Refused,
@@ -74,7 +74,7 @@ BAD_TEXTS = [
      matgraph.LoadOutcome.Refused, "Index out of Range: Node not present", (0, 0), 0,
      matgraph.UUID("2debc7d4-a247-439e-b70b-cbc267dfb6b9"), "/0/output/0/from"),
     ("cut short", f"[{TYPE_ITEM}\n  x]", matgraph.LoadOutcome.LoadedPartially,
-     "syntax error at line 2 near: x]", (2, 5), None, None, ""),
+     "syntax error at line 2, column 3", (2, 3), None, None, ""),
 ]
 
 
@@ -101,7 +101,7 @@ def test_a_text_cut_short_loads_what_came_before_when_allowed():
     assert len(library.types) == 1
     diagnostic = library.load_diagnostic
     assert diagnostic.outcome == matgraph.LoadOutcome.LoadedPartially
-    assert (diagnostic.line, diagnostic.column) == (2, 5)
+    assert (diagnostic.line, diagnostic.column) == (2, 3)
 
 
 def test_a_header_without_version_loads_an_empty_library():

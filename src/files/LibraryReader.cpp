@@ -257,8 +257,14 @@ const IGraphLibrary* load(const char* text, const IGraphLibrary* parent, const c
     // before it, and so does a number beyond the double range, which picojson throws for.
     const char* end = text + std::strlen(text);
     BoundedParseContext context(&root, maxNesting, &tooDeep, end);
-    const char* stop = picojson::_parse(context, text, end, &syntaxError);
-    if (!syntaxError.empty()) locate(text, stop, diagnostic);
+    // Parsing through the input directly leaves it at the byte where the parser stopped;
+    // picojson's own entry point reads on to the end of the line for its message.
+    picojson::input<const char*> input(text, end);
+    if (!picojson::_parse(context, input)) {
+      locate(text, input.cur(), diagnostic);
+      syntaxError = "syntax error at line " + std::to_string(diagnostic.line) + ", column " +
+                    std::to_string(diagnostic.column);
+    }
   } catch (const std::overflow_error&) {
     syntaxError = "number beyond the range of a double";
   }
