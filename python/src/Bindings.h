@@ -12,6 +12,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -74,6 +75,9 @@ struct Library {
   std::vector<py::object> borrowed;
   std::optional<mat::LoadDiagnostic> diagnostic;  // set by load() and loads()
   InputNameCache bareInputs;                      // cachedBareInputs()
+  // The UUID objects of the UUID elements of defaults read through this library: a UUID
+  // object refers to nothing, so one object serves every element of the same value.
+  std::map<mat::UUID, py::object> uuids;
 };
 
 struct Type {
@@ -119,6 +123,7 @@ struct Node {
   size_t index;
   py::object owner;
   py::handle bareInputs;  // the class's bareInputsOf(), kept by the owner's cache
+  Library* library;       // the owner's record
 };
 
 /// An object that keeps @p graph alive, shared by the Node objects of one graph.
@@ -154,7 +159,9 @@ py::tuple bareInputsOf(const mat::INodeClass& nodeClass);
 py::handle cachedBareInputs(Library& library, const mat::INodeClass& nodeClass);
 /// One tuple (name, source node, source output, default) per input of @p node's class.
 /// @p bare is the bareInputsOf() of the class.
-py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner);
+/// @p library, when not null, is the owner's record, whose caches serve the defaults.
+py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner,
+                     Library* library);
 /// The tuple of input @p key (an index, negative from the end, or a name).
 /// @throws IndexError, KeyError when there is no such input.
 py::object nodeInput(const mat::IGraphNode& node, const mat::INodeClass& nodeClass, py::handle key,
@@ -163,8 +170,10 @@ py::object nodeInput(const mat::IGraphNode& node, const mat::INodeClass& nodeCla
 /// @name Values
 /// @{
 /// A list of bool, int, float, str, UUID or Semantic (None for a semantic found nowhere);
-/// None for a null value.
-py::object valueToPython(const mat::IValue* value, const py::object& owner);
+/// None for a null value. @p library, when not null, is the owner's record; its UUID
+/// objects are shared.
+py::object valueToPython(const mat::IValue* value, const py::object& owner,
+                         Library* library = nullptr);
 /// The element kind named by a file keyword ("bool", "int", "float", "uuid", "string",
 /// "semantic"). @throws ValueError for any other text.
 mat::ValueType valueTypeFromKeyword(const std::string& keyword);

@@ -96,7 +96,7 @@ PyObject* getEditorPosition(PyObject* self, void*) {
 PyObject* getInputs(PyObject* self, void*) {
   return guarded([&] {
     const Node& node = record(self);
-    return py::object(nodeInputs(*node.node, node.bareInputs, node.owner));
+    return py::object(nodeInputs(*node.node, node.bareInputs, node.owner, node.library));
   });
 }
 
@@ -200,7 +200,7 @@ py::object wrapNode(const py::object& keeper, const mat::IGraph* graph, const ma
   PyObject* object = allocate();
   if (object == nullptr) throw py::error_already_set();
   new (&reinterpret_cast<NodeObject*>(object)->node)
-      Node{keeper, graph, node, nodeClass, index, owner, bareInputs};
+      Node{keeper, graph, node, nodeClass, index, owner, bareInputs, &library};
   return py::reinterpret_steal<py::object>(object);
 }
 

@@ -108,13 +108,13 @@ namespace {
 // The tuple of input @p index; @p bare is (name, None, None, None), which serves as it is for
 // an input with neither a connection nor a default.
 py::object makeNodeInput(const mat::IGraphNode& node, size_t index, py::handle bare,
-                         const py::object& owner) {
+                         const py::object& owner, Library* library) {
   size_t sourceNode = 0;
   size_t sourceOutput = 0;
   const bool connected = node.GetInputConnection(index, &sourceNode, &sourceOutput);
   const mat::IValue* defaultValue = node.GetInputDefault(index);
   if (!connected && defaultValue == nullptr) return py::reinterpret_borrow<py::object>(bare);
-  py::object defaultObject = valueToPython(defaultValue, owner);
+  py::object defaultObject = valueToPython(defaultValue, owner, library);
   PyObject* source = connected ? PyLong_FromSize_t(sourceNode) : Py_NewRef(Py_None);
   PyObject* output = connected ? PyLong_FromSize_t(sourceOutput) : Py_NewRef(Py_None);
   PyObject* input = PyTuple_New(4);
@@ -186,13 +186,14 @@ py::handle cachedBareInputs(Library& library, const mat::INodeClass& nodeClass) 
   return bare;
 }
 
-py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner) {
+py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner,
+                     Library* library) {
   const Py_ssize_t count = PyTuple_GET_SIZE(bare.ptr());
   py::tuple inputs(count);
   for (Py_ssize_t i = 0; i < count; ++i) {
     PyTuple_SET_ITEM(
         inputs.ptr(), i,
-        makeNodeInput(node, static_cast<size_t>(i), PyTuple_GET_ITEM(bare.ptr(), i), owner)
+        makeNodeInput(node, static_cast<size_t>(i), PyTuple_GET_ITEM(bare.ptr(), i), owner, library)
             .release()
             .ptr());
   }
@@ -212,7 +213,8 @@ py::object nodeInput(const mat::IGraphNode& node, const mat::INodeClass& nodeCla
   } else {
     index = positionFromPython(key, count, "Input");
   }
-  return makeNodeInput(node, index, bareInput(nodeClass.GetInput(index)->GetName()), owner);
+  return makeNodeInput(node, index, bareInput(nodeClass.GetInput(index)->GetName()), owner,
+                       nullptr);
 }
 
 PortPathHandle::PortPathHandle(py::handle pathObject) : path(mat::createPortPath()) {

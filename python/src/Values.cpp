@@ -29,7 +29,15 @@ const char* keywordOf(mat::ValueType kind) {
   return "none";
 }
 
-py::object elementToPython(const mat::IValue& value, size_t index, const py::object& owner) {
+py::object uuidToPython(const mat::UUID& uuid, Library* library) {
+  if (library == nullptr) return py::cast(uuid);
+  auto found = library->uuids.find(uuid);
+  if (found == library->uuids.end()) found = library->uuids.emplace(uuid, py::cast(uuid)).first;
+  return found->second;
+}
+
+py::object elementToPython(const mat::IValue& value, size_t index, const py::object& owner,
+                           Library* library) {
   switch (value.GetValueType()) {
     case mat::ValueType::Bool:
       return py::bool_(value.GetBool(index));
@@ -38,7 +46,7 @@ py::object elementToPython(const mat::IValue& value, size_t index, const py::obj
     case mat::ValueType::Float:
       return py::float_(static_cast<double>(value.GetFloat(index)));
     case mat::ValueType::UUID:
-      return py::cast(value.GetUUID(index));
+      return uuidToPython(value.GetUUID(index), library);
     case mat::ValueType::String:
       return textToPython(value.GetString(index));
     case mat::ValueType::Semantic:
@@ -145,13 +153,13 @@ mat::Value::Storage convert(mat::ValueType kind, const std::vector<py::handle>& 
 
 }  // namespace
 
-py::object valueToPython(const mat::IValue* value, const py::object& owner) {
+py::object valueToPython(const mat::IValue* value, const py::object& owner, Library* library) {
   if (value == nullptr) return py::none();
   const size_t count = value->GetCount();
   py::list elements(count);
   for (size_t i = 0; i < count; ++i) {
     PyList_SET_ITEM(elements.ptr(), static_cast<Py_ssize_t>(i),
-                    elementToPython(*value, i, owner).release().ptr());
+                    elementToPython(*value, i, owner, library).release().ptr());
   }
   return elements;
 }
