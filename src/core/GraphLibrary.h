@@ -39,8 +39,6 @@ class GraphLibrary final : public IGraphLibrary {
   std::shared_ptr<const INodeClass> FindAnyNodeClass(const UUID& uuid,
                                                      bool searchParents) const override;
 
-  const IGraphLibrary* GetParent() const { return parent_; }
-
   // Registration: the object takes over the lookups of its UUID and (non-empty) name;
   // an earlier object with either stays countable and reachable by index.
   void AddType(std::shared_ptr<const IType> type);
@@ -48,11 +46,7 @@ class GraphLibrary final : public IGraphLibrary {
   void AddNodeClass(std::shared_ptr<const INodeClass> nodeClass);
   void AddGraph(std::shared_ptr<const IGraph> graph);
 
-  // Room for `count` more items of each kind, so that a loader that has counted its
-  // items grows each list once.
-  void ReserveTypes(size_t count) { types_.Reserve(count); }
-  void ReserveSemantics(size_t count) { semantics_.Reserve(count); }
-  void ReserveNodeClasses(size_t count) { nodeClasses_.Reserve(count); }
+  // Room for `count` more graphs, so that a loader that has counted them grows the list once.
   void ReserveGraphs(size_t count) { graphs_.Reserve(count); }
 
  private:

@@ -24,15 +24,4 @@ UUID getUUIDMember(const picojson::object& item, const std::string& key);
 // The UUID that `text` names, as makeUUID(const char*) reads it.
 UUID uuidFromText(const std::string& text);
 
-// Opens the JSON object of a library item: "content", "uuid" and, for a non-empty
-// name, "desc". Works for every kind of library object (types, semantics, node classes,
-// graphs).
-template <typename LibraryObject>
-void writeItemHeader(picojson::object& item, const LibraryObject* object, const char* kind) {
-  item["content"] = picojson::value(kind);
-  item["uuid"] = picojson::value(uuidText(object->GetUUID()));
-  const char* name = object->GetName();
-  if (name != nullptr && name[0] != '\0') item["desc"] = picojson::value(name);
-}
-
 }  // namespace mat

@@ -248,12 +248,6 @@ void writeGraphNodes(JsonTextWriter& writer, const IGraph* graph) {
   writer.EndArray();
 }
 
-picojson::array saveGraphNodes(const IGraph* graph) {
-  picojson::value nodes =
-      writtenValue([&](JsonTextWriter& writer) { writeGraphNodes(writer, graph); });
-  return nodes.is<picojson::array>() ? std::move(nodes.get<picojson::array>()) : picojson::array();
-}
-
 void writeGraph(JsonTextWriter& writer, const IGraph* graph) {
   writer.BeginObject();
   writer.Key("content");

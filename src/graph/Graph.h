@@ -155,6 +155,5 @@ picojson::object saveGraph(const IGraph* graph);
 
 // Writes the "nodes" array of a graph: every node but the two special ones, in index order.
 void writeGraphNodes(JsonTextWriter& writer, const IGraph* graph);
-picojson::array saveGraphNodes(const IGraph* graph);
 
 }  // namespace mat

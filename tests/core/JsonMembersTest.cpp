@@ -7,7 +7,6 @@
 
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
-#include "mat/IType.h"
 #include "support/TestSupport.h"
 
 namespace mat {
@@ -86,42 +85,6 @@ TEST(Exceptions, CopiesKeepTheirOwnTextAndCatchAsStdException) {
   EXPECT_THROW_MSG(throw InputFileParsingException("bad"), std::exception,
                    "InputFileParsingException: bad");
   EXPECT_THROW_MSG(throw InvalidDataAccess("bad"), std::exception, "Index out of Range: bad");
-}
-
-class NamedType final : public IType {
- public:
-  NamedType(const char* uuidText, const char* name) : uuid_(makeUUID(uuidText)), name_(name) {}
-  const UUID& GetUUID() const override { return uuid_; }
-  const char* GetName() const override { return name_.c_str(); }
-  const IValue* GetDefault() const override { return nullptr; }
-
- private:
-  UUID uuid_;
-  std::string name_;
-};
-
-TEST(WriteItemHeader, WritesContentUuidAndDescOnlyForANonEmptyName) {
-  const NamedType named("00112233-4455-6677-8899-AABBCCDDEEFF", "Color");
-  const NamedType unnamed("00112233-4455-6677-8899-AABBCCDDEEFF", "");
-
-  picojson::object withName;
-  writeItemHeader(withName, &named, "type");
-  EXPECT_EQ(picojson::value(withName).serialize(),
-            R"({"content":"type","desc":"Color","uuid":"00112233-4455-6677-8899-aabbccddeeff"})");
-
-  picojson::object withoutName;
-  writeItemHeader(withoutName, &unnamed, "graph");
-  EXPECT_EQ(picojson::value(withoutName).serialize(),
-            R"({"content":"graph","uuid":"00112233-4455-6677-8899-aabbccddeeff"})");
-}
-
-TEST(WriteItemHeader, ReadsBackThroughTheMemberHelpers) {
-  const NamedType type("0a1b2c3d-4e5f-6071-8293-a4b5c6d7e8f9", "Vector");
-  picojson::object header;
-  writeItemHeader(header, &type, "nodeclass");
-  EXPECT_EQ(getStringMember(header, "content"), "nodeclass");
-  EXPECT_EQ(getUUIDMember(header, "uuid"), type.GetUUID());
-  EXPECT_EQ(getStringMember(header, "desc"), "Vector");
 }
 
 }  // namespace
