@@ -12,10 +12,12 @@
 
 #include <pybind11/pybind11.h>
 
-#include <map>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -77,7 +79,18 @@ struct Library {
   InputNameCache bareInputs;                      // cachedBareInputs()
   // The UUID objects of the UUID elements of defaults read through this library: a UUID
   // object refers to nothing, so one object serves every element of the same value.
-  std::map<mat::UUID, py::object> uuids;
+  struct UUIDHash {
+    // Every byte counts: files hold hand-made UUIDs as well as random ones.
+    size_t operator()(const mat::UUID& uuid) const {
+      uint64_t low = 0;
+      uint64_t high = 0;
+      std::memcpy(&low, uuid.bytes, sizeof low);
+      std::memcpy(&high, uuid.bytes + sizeof low, sizeof high);
+      const uint64_t mixed = (low ^ (high * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
+      return static_cast<size_t>(mixed ^ (mixed >> 31));
+    }
+  };
+  std::unordered_map<mat::UUID, py::object, UUIDHash> uuids;
 };
 
 struct Type {

@@ -185,12 +185,20 @@ struct ItemList {
     }
     return false;
   }
+};
 
-  py::iterator Iterate() const {
-    const size_t count = Items::Count(Library());
-    py::tuple items(count);
-    for (size_t i = 0; i < count; ++i) items[i] = Items::At(Library(), i, owner);
-    return py::iter(items);
+// Makes the objects of a sequence one at a time: a loop over every graph then holds one
+// graph (and its nodes) at a time, and the node objects of the last graph serve the next.
+// The count is read once, as a tuple would have been.
+template <typename Items>
+struct ItemIterator {
+  py::object owner;
+  size_t next;
+  size_t count;
+
+  py::object Next() {
+    if (next >= count) throw py::stop_iteration();
+    return Items::At(*libraryOf(owner), next++, owner);
   }
 };
 
@@ -211,11 +219,19 @@ void defineItemList(py::module_& module, const char* doc) {
           py::arg("key"), py::arg("default") = py::none(),
           "As [key] for a UUID or a name, but default when nothing is found.")
       .def("__contains__", &List::Contains, py::arg("item"))
-      .def("__iter__", &List::Iterate)
+      .def("__iter__",
+           [](const List& list) {
+             return ItemIterator<Items>{list.owner, 0, Items::Count(list.Library())};
+           })
       .def("__repr__", [](const List& list) {
         return py::str("<matgraph.{} of {} in {!r}>")
             .format(Items::listName, Items::Count(list.Library()), list.owner);
       });
+  using Iterator = ItemIterator<Items>;
+  py::class_<Iterator>(module, (std::string(Items::listName) + "Iterator").c_str(),
+                       "An iterator over the items of a library, made one at a time.")
+      .def("__iter__", [](py::object self) { return self; })
+      .def("__next__", &Iterator::Next);
 }
 
 // Reads a file named by a str or an os.PathLike (not by a file descriptor, as open() would).

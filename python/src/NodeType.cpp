@@ -8,8 +8,10 @@
 #include <functional>
 #include <memory>
 #include <new>
+#include <typeinfo>
 
 #include "Bindings.h"
+#include "graph/GraphNode.h"
 
 namespace matgraph::python {
 
@@ -195,7 +197,9 @@ py::object wrapNode(const py::object& keeper, const mat::IGraph* graph, const ma
                     size_t index, const py::object& owner, Library& library) {
   if (node == nullptr) return py::none();
   // The node holds its class, and the graph holds the node.
-  const mat::INodeClass* nodeClass = node->GetNodeClass().get();
+  const mat::INodeClass* nodeClass = typeid(*node) == typeid(mat::GraphNode)
+                                         ? static_cast<const mat::GraphNode*>(node)->NodeClass()
+                                         : node->GetNodeClass().get();
   py::handle bareInputs = cachedBareInputs(library, *nodeClass);
   PyObject* object = allocate();
   if (object == nullptr) throw py::error_already_set();

@@ -9,9 +9,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <typeinfo>
 #include <vector>
 
 #include "Bindings.h"
+#include "graph/GraphNode.h"
 
 namespace matgraph::python {
 
@@ -105,15 +107,13 @@ py::object makeResolution(py::object source, py::object output, py::object defau
 
 namespace {
 
-// The tuple of input @p index; @p bare is (name, None, None, None), which serves as it is for
-// an input with neither a connection nor a default.
-py::object makeNodeInput(const mat::IGraphNode& node, size_t index, py::handle bare,
-                         const py::object& owner, Library* library) {
-  size_t sourceNode = 0;
-  size_t sourceOutput = 0;
-  const bool connected = node.GetInputConnection(index, &sourceNode, &sourceOutput);
-  const mat::IValue* defaultValue = node.GetInputDefault(index);
-  if (!connected && defaultValue == nullptr) return py::reinterpret_borrow<py::object>(bare);
+// The tuple of an input fed from @p sourceNode's output @p sourceOutput when @p connected,
+// with @p defaultValue; @p bare is (name, None, None, None), which serves as it is for an
+// input with neither a connection nor a default.
+PyObject* makeNodeInput(bool connected, size_t sourceNode, size_t sourceOutput,
+                        const mat::IValue* defaultValue, PyObject* bare, const py::object& owner,
+                        Library* library) {
+  if (!connected && defaultValue == nullptr) return Py_NewRef(bare);
   py::object defaultObject = valueToPython(defaultValue, owner, library);
   PyObject* source = connected ? PyLong_FromSize_t(sourceNode) : Py_NewRef(Py_None);
   PyObject* output = connected ? PyLong_FromSize_t(sourceOutput) : Py_NewRef(Py_None);
@@ -124,11 +124,20 @@ py::object makeNodeInput(const mat::IGraphNode& node, size_t index, py::handle b
     Py_XDECREF(output);
     throw py::error_already_set();
   }
-  PyTuple_SET_ITEM(input, 0, Py_NewRef(PyTuple_GET_ITEM(bare.ptr(), 0)));
+  PyTuple_SET_ITEM(input, 0, Py_NewRef(PyTuple_GET_ITEM(bare, 0)));
   PyTuple_SET_ITEM(input, 1, source);
   PyTuple_SET_ITEM(input, 2, output);
   PyTuple_SET_ITEM(input, 3, defaultObject.release().ptr());
-  return py::reinterpret_steal<py::object>(input);
+  return input;
+}
+
+PyObject* makeNodeInput(const mat::IGraphNode& node, size_t index, PyObject* bare,
+                        const py::object& owner, Library* library) {
+  size_t sourceNode = 0;
+  size_t sourceOutput = 0;
+  const bool connected = node.GetInputConnection(index, &sourceNode, &sourceOutput);
+  return makeNodeInput(connected, sourceNode, sourceOutput, node.GetInputDefault(index), bare,
+                       owner, library);
 }
 
 py::object bareInput(const char* name) {
@@ -190,12 +199,28 @@ py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::obj
                      Library* library) {
   const Py_ssize_t count = PyTuple_GET_SIZE(bare.ptr());
   py::tuple inputs(count);
+  // The library's own nodes are read from their records directly, in order: a walk over
+  // every input of a large library spends its time here.
+  if (typeid(node) == typeid(mat::GraphNode)) {
+    const std::vector<mat::NodeInput>& records = static_cast<const mat::GraphNode&>(node).Inputs();
+    const Py_ssize_t known = std::min(count, static_cast<Py_ssize_t>(records.size()));
+    Py_ssize_t i = 0;
+    for (; i < known; ++i) {
+      const mat::NodeInput& record = records[static_cast<size_t>(i)];
+      PyTuple_SET_ITEM(inputs.ptr(), i,
+                       makeNodeInput(record.connected, record.sourceNode, record.sourceOutput,
+                                     record.defaultValue.Get(), PyTuple_GET_ITEM(bare.ptr(), i),
+                                     owner, library));
+    }
+    for (; i < count; ++i) {
+      PyTuple_SET_ITEM(inputs.ptr(), i, Py_NewRef(PyTuple_GET_ITEM(bare.ptr(), i)));
+    }
+    return inputs;
+  }
   for (Py_ssize_t i = 0; i < count; ++i) {
-    PyTuple_SET_ITEM(
-        inputs.ptr(), i,
-        makeNodeInput(node, static_cast<size_t>(i), PyTuple_GET_ITEM(bare.ptr(), i), owner, library)
-            .release()
-            .ptr());
+    PyTuple_SET_ITEM(inputs.ptr(), i,
+                     makeNodeInput(node, static_cast<size_t>(i), PyTuple_GET_ITEM(bare.ptr(), i),
+                                   owner, library));
   }
   return inputs;
 }
@@ -213,8 +238,8 @@ py::object nodeInput(const mat::IGraphNode& node, const mat::INodeClass& nodeCla
   } else {
     index = positionFromPython(key, count, "Input");
   }
-  return makeNodeInput(node, index, bareInput(nodeClass.GetInput(index)->GetName()), owner,
-                       nullptr);
+  const py::object bare = bareInput(nodeClass.GetInput(index)->GetName());
+  return py::reinterpret_steal<py::object>(makeNodeInput(node, index, bare.ptr(), owner, nullptr));
 }
 
 PortPathHandle::PortPathHandle(py::handle pathObject) : path(mat::createPortPath()) {

@@ -3,6 +3,9 @@
 // Values going in are built as the library's own Value class (linked in statically),
 // since the exported functions cannot make a string value.
 #include <climits>
+#include <type_traits>
+#include <typeinfo>
+#include <variant>
 
 #include "Bindings.h"
 #include "model/Value.h"
@@ -55,6 +58,49 @@ py::object elementToPython(const mat::IValue& value, size_t index, const py::obj
       break;
   }
   return py::none();
+}
+
+// The elements of the library's own Value, read from its storage rather than one virtual
+// call per element: defaults are most of what a walk over node inputs converts.
+struct StorageToPython {
+  const py::object& owner;
+  Library* library;
+
+  PyObject* operator()(bool element) const { return Py_NewRef(element ? Py_True : Py_False); }
+  PyObject* operator()(int32_t element) const { return PyLong_FromLong(element); }
+  PyObject* operator()(float element) const {
+    return PyFloat_FromDouble(static_cast<double>(element));
+  }
+  PyObject* operator()(const mat::UUID& element) const {
+    return uuidToPython(element, library).release().ptr();
+  }
+  PyObject* operator()(const std::string& element) const {
+    return textToPython(element.c_str()).release().ptr();
+  }
+  PyObject* operator()(const mat::Value::SemanticElement& element) const {
+    return wrapSemantic(element.object, owner).release().ptr();
+  }
+};
+
+py::object storageToPython(const mat::Value::Storage& storage, const py::object& owner,
+                           Library* library) {
+  return std::visit(
+      [&](const auto& elements) -> py::object {
+        if constexpr (std::is_same_v<std::decay_t<decltype(elements)>, std::monostate>) {
+          return py::list();
+        } else {
+          const StorageToPython convert{owner, library};
+          py::list list(elements.size());
+          Py_ssize_t position = 0;
+          for (const auto& element : elements) {
+            PyObject* item = convert(element);
+            if (item == nullptr) throw py::error_already_set();
+            PyList_SET_ITEM(list.ptr(), position++, item);
+          }
+          return list;
+        }
+      },
+      storage);
 }
 
 bool isBool(py::handle item) { return PyBool_Check(item.ptr()); }
@@ -155,6 +201,9 @@ mat::Value::Storage convert(mat::ValueType kind, const std::vector<py::handle>& 
 
 py::object valueToPython(const mat::IValue* value, const py::object& owner, Library* library) {
   if (value == nullptr) return py::none();
+  if (typeid(*value) == typeid(mat::Value)) {
+    return storageToPython(static_cast<const mat::Value*>(value)->GetStorage(), owner, library);
+  }
   const size_t count = value->GetCount();
   py::list elements(count);
   for (size_t i = 0; i < count; ++i) {

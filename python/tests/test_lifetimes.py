@@ -75,6 +75,8 @@ CASES = [
      lambda value: value[0].type.name, "color3"),
     ("sequence of a library", lambda: materials().graphs, lambda g: [x.name for x in g][:1],
      ["Wood"]),
+    ("iterator over a sequence of a library", lambda: iter(materials().graphs),
+     lambda graphs: next(graphs).name, "Wood"),
     ("nodes of a graph", lambda: materials().graphs["Wood"].nodes,
      lambda nodes: [n.kind for n in nodes][-1], matgraph.NodeKind.ClassNode),
     ("parameters of a class", lambda: base().node_classes["Noise"].inputs,

@@ -49,6 +49,10 @@ Graph::Graph(const UUID& uuid, const picojson::object& item, const IGraphLibrary
                                         ": member \"nodes\" is not an array");
       }
       const picojson::array& nodes = value.get<picojson::array>();
+      // The nodes read from a file share one block, in file order, so that a walk over the
+      // graph reads memory in order; each entry of nodes_ shares ownership of the block.
+      auto block = std::make_shared<std::vector<GraphNode>>();
+      block->reserve(nodes.size());
       nodes_.reserve(nodes.size() + 2);
       pendingNodes_.reserve(nodes.size());
       for (size_t k = 0; k < nodes.size(); ++k) {
@@ -65,7 +69,8 @@ Graph::Graph(const UUID& uuid, const picojson::object& item, const IGraphLibrary
           throw InputFileParsingException("Graph " + uuidText(uuid_) + ": two nodes with UUID " +
                                           uuidText(nodeUUID));
         }
-        nodes_.push_back(std::make_shared<GraphNode>(nodeUUID, members));
+        block->emplace_back(nodeUUID, members);
+        nodes_.push_back(std::shared_ptr<GraphNode>(block, &block->back()));
         pendingNodes_.push_back(members);
       }
     } else if (key == "output") {

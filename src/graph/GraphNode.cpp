@@ -89,8 +89,7 @@ bool GraphNode::GetInputConnection(size_t index, size_t* sourceNode, size_t* sou
 }
 
 const IValue* GraphNode::GetInputDefault(size_t index) const {
-  if (index >= inputs_.size() || inputs_[index].defaultValue.IsNone()) return nullptr;
-  return &inputs_[index].defaultValue;
+  return index < inputs_.size() ? inputs_[index].defaultValue.Get() : nullptr;
 }
 
 void GraphNode::GetEditorPosition(float* x, float* y) const {
@@ -243,8 +242,8 @@ ConnectionResult resolveConnection(const UUID& source, const std::string& output
     }
   }
   input.connected = true;
-  input.sourceNode = sourceNode;
-  input.sourceOutput = sourceOutput;
+  input.sourceNode = static_cast<uint32_t>(sourceNode);
+  input.sourceOutput = static_cast<uint32_t>(sourceOutput);
   return ConnectionOk;
 }
 
