@@ -12,12 +12,9 @@
 
 #include <pybind11/pybind11.h>
 
-#include <cstdint>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -41,9 +38,18 @@ std::string textFromPython(py::handle text);
 /// when @p index is not an int.
 size_t positionFromPython(py::handle index, size_t count, const char* what);
 
+/// @name UUIDs
+/// matgraph.UUID is a type of its own rather than a pybind11 class; the type caster at the
+/// end of this file lets pybind11 functions take and return mat::UUID all the same.
+/// @{
+/// A new matgraph.UUID.
+py::object makeUUIDObject(const mat::UUID& uuid);
+/// The UUID held by a matgraph.UUID, or null for any other object.
+const mat::UUID* uuidOf(py::handle object);
 /// A UUID or its text. @throws ValueError for a text that is not a UUID, TypeError for
 /// anything else.
 mat::UUID uuidFromPython(py::handle uuid);
+/// @}
 
 /// Tuples by the addresses of node classes (see cachedBareInputs()): an open-addressing
 /// table, since a walk over every node looks one up per node.
@@ -77,20 +83,6 @@ struct Library {
   std::vector<py::object> borrowed;
   std::optional<mat::LoadDiagnostic> diagnostic;  // set by load() and loads()
   InputNameCache bareInputs;                      // cachedBareInputs()
-  // The UUID objects of the UUID elements of defaults read through this library: a UUID
-  // object refers to nothing, so one object serves every element of the same value.
-  struct UUIDHash {
-    // Every byte counts: files hold hand-made UUIDs as well as random ones.
-    size_t operator()(const mat::UUID& uuid) const {
-      uint64_t low = 0;
-      uint64_t high = 0;
-      std::memcpy(&low, uuid.bytes, sizeof low);
-      std::memcpy(&high, uuid.bytes + sizeof low, sizeof high);
-      const uint64_t mixed = (low ^ (high * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
-      return static_cast<size_t>(mixed ^ (mixed >> 31));
-    }
-  };
-  std::unordered_map<mat::UUID, py::object, UUIDHash> uuids;
 };
 
 struct Type {
@@ -136,7 +128,6 @@ struct Node {
   size_t index;
   py::object owner;
   py::handle bareInputs;  // the class's bareInputsOf(), kept by the owner's cache
-  Library* library;       // the owner's record
 };
 
 /// An object that keeps @p graph alive, shared by the Node objects of one graph.
@@ -161,6 +152,8 @@ py::object wrapNode(const py::object& keeper, const mat::IGraph* graph, const ma
                     size_t index, const py::object& owner, Library& library);
 /// The Node record of a Node object, or null for any other object.
 const Node* nodeOf(py::handle object);
+/// The Semantic record of a Semantic object, or null for any other object.
+const Semantic* semanticOf(py::handle object);
 /// @}
 
 /// One tuple (name, None, None, None) per input of @p nodeClass: what an input with neither
@@ -172,9 +165,7 @@ py::tuple bareInputsOf(const mat::INodeClass& nodeClass);
 py::handle cachedBareInputs(Library& library, const mat::INodeClass& nodeClass);
 /// One tuple (name, source node, source output, default) per input of @p node's class.
 /// @p bare is the bareInputsOf() of the class.
-/// @p library, when not null, is the owner's record, whose caches serve the defaults.
-py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner,
-                     Library* library);
+py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner);
 /// The tuple of input @p key (an index, negative from the end, or a name).
 /// @throws IndexError, KeyError when there is no such input.
 py::object nodeInput(const mat::IGraphNode& node, const mat::INodeClass& nodeClass, py::handle key,
@@ -183,10 +174,8 @@ py::object nodeInput(const mat::IGraphNode& node, const mat::INodeClass& nodeCla
 /// @name Values
 /// @{
 /// A list of bool, int, float, str, UUID or Semantic (None for a semantic found nowhere);
-/// None for a null value. @p library, when not null, is the owner's record; its UUID
-/// objects are shared.
-py::object valueToPython(const mat::IValue* value, const py::object& owner,
-                         Library* library = nullptr);
+/// None for a null value.
+py::object valueToPython(const mat::IValue* value, const py::object& owner);
 /// The element kind named by a file keyword ("bool", "int", "float", "uuid", "string",
 /// "semantic"). @throws ValueError for any other text.
 mat::ValueType valueTypeFromKeyword(const std::string& keyword);
@@ -244,3 +233,24 @@ void defineResolver(py::module_& module);
 /// @}
 
 }  // namespace matgraph::python
+
+namespace pybind11::detail {
+
+// mat::UUID as an argument or a result of a pybind11 function: a matgraph.UUID.
+template <>
+struct type_caster<mat::UUID> {
+  PYBIND11_TYPE_CASTER(mat::UUID, const_name("UUID"));
+
+  bool load(handle source, bool) {
+    const mat::UUID* uuid = matgraph::python::uuidOf(source);
+    if (uuid == nullptr) return false;
+    value = *uuid;
+    return true;
+  }
+
+  static handle cast(const mat::UUID& uuid, return_value_policy, handle) {
+    return matgraph::python::makeUUIDObject(uuid).release();
+  }
+};
+
+}  // namespace pybind11::detail

@@ -302,7 +302,7 @@ void defineFactoryNode(py::module_& module) {
           [](FactoryNode& self) {
             const mat::IGraphNode* node = locate(self.factory, self).node;
             const Factory& factory = self.factory.cast<const Factory&>();
-            return nodeInputs(*node, bareInputsOf(*node->GetNodeClass()), factory.library, nullptr);
+            return nodeInputs(*node, bareInputsOf(*node->GetNodeClass()), factory.library);
           },
           "A snapshot: one tuple (name, source, output, default) per input, as Node.inputs.")
       .def_property_readonly(

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "Bindings.h"
+#include "RecordType.h"
 
 namespace matgraph::python {
 
@@ -18,10 +19,80 @@ py::object wrapType(const mat::IType* type, const py::object& owner) {
   return py::cast(Type{type, owner});
 }
 
+namespace {
+
+// matgraph.Semantic, a RecordType: defaults of semantic values make one per element.
+using SemanticType = RecordType<Semantic>;
+
+const Semantic& semanticRecord(PyObject* self) { return SemanticType::Get(self); }
+
+PyObject* semanticUUID(PyObject* self, void*) {
+  return guarded([&] { return py::cast(semanticRecord(self).semantic->GetUUID()); });
+}
+
+PyObject* semanticName(PyObject* self, void*) {
+  return guarded(
+      [&] { return py::object(textToPython(semanticRecord(self).semantic->GetName())); });
+}
+
+PyObject* semanticType(PyObject* self, void*) {
+  return guarded([&] {
+    const Semantic& semantic = semanticRecord(self);
+    return wrapType(semantic.semantic->GetType(), semantic.owner);
+  });
+}
+
+PyObject* compareSemantics(PyObject* self, PyObject* other, int operation) {
+  const Semantic* that = SemanticType::Of(other);
+  if (that == nullptr || (operation != Py_EQ && operation != Py_NE)) Py_RETURN_NOTIMPLEMENTED;
+  const bool same = semanticRecord(self).semantic == that->semantic;
+  return PyBool_FromLong(operation == Py_EQ ? same : !same);
+}
+
+Py_hash_t hashSemantic(PyObject* self) {
+  const auto value =
+      static_cast<Py_hash_t>(std::hash<const void*>()(semanticRecord(self).semantic));
+  return value == -1 ? -2 : value;
+}
+
+PyObject* representSemantic(PyObject* self) {
+  return guarded([&] {
+    const mat::ISemantic& semantic = *semanticRecord(self).semantic;
+    return py::object(py::str("<matgraph.Semantic {} {}>")
+                          .format(py::repr(textToPython(semantic.GetName())),
+                                  py::str(py::cast(semantic.GetUUID()))));
+  });
+}
+
+PyGetSetDef semanticProperties[] = {
+    {"uuid", semanticUUID, nullptr, "The semantic's UUID.", nullptr},
+    {"name", semanticName, nullptr, "The semantic's name.", nullptr},
+    {"type", semanticType, nullptr,
+     "The type it gives a meaning to, or None when the file named none that was found.", nullptr},
+    {nullptr, nullptr, nullptr, nullptr, nullptr},
+};
+
+PyType_Slot semanticSlots[] = {
+    {Py_tp_dealloc, reinterpret_cast<void*>(SemanticType::Deallocate)},
+    {Py_tp_getset, semanticProperties},
+    {Py_tp_richcompare, reinterpret_cast<void*>(compareSemantics)},
+    {Py_tp_hash, reinterpret_cast<void*>(hashSemantic)},
+    {Py_tp_repr, reinterpret_cast<void*>(representSemantic)},
+    {Py_tp_doc, const_cast<char*>("A named meaning given to a type.")},
+    {0, nullptr},
+};
+
+PyType_Spec semanticSpec = {"matgraph.Semantic", sizeof(SemanticType::Object), 0,
+                            madeByTheModuleFlags, semanticSlots};
+
+}  // namespace
+
 py::object wrapSemantic(const mat::ISemantic* semantic, const py::object& owner) {
   if (semantic == nullptr) return py::none();
-  return py::cast(Semantic{semantic, owner});
+  return SemanticType::Make(semantic, owner);
 }
+
+const Semantic* semanticOf(py::handle object) { return SemanticType::Of(object); }
 
 py::object wrapNodeClass(std::shared_ptr<const mat::INodeClass> nodeClass, const py::object& owner,
                          std::shared_ptr<const void> keeper) {
@@ -103,10 +174,9 @@ struct NodeList {
   const mat::IGraph* graph;
 
   py::object Lookup(py::handle key) const {
-    if (py::isinstance<mat::UUID>(key)) {
-      const mat::UUID uuid = key.cast<mat::UUID>();
+    if (const mat::UUID* uuid = uuidOf(key)) {
       for (size_t i = 0; i < graph->GetNodeCount(); ++i) {
-        if (graph->GetNode(i)->GetUUID() == uuid) return nodes[i];
+        if (graph->GetNode(i)->GetUUID() == *uuid) return nodes[i];
       }
       return py::none();
     }
@@ -193,26 +263,7 @@ void defineTypeAndSemantic(py::module_& module) {
             .format(quoted(type.type->GetName()), py::str(py::cast(type.type->GetUUID())));
       });
 
-  py::class_<Semantic>(module, "Semantic", "A named meaning given to a type.")
-      .def_property_readonly("uuid",
-                             [](const Semantic& semantic) { return semantic.semantic->GetUUID(); })
-      .def_property_readonly(
-          "name",
-          [](const Semantic& semantic) { return textToPython(semantic.semantic->GetName()); })
-      .def_property_readonly(
-          "type",
-          [](const Semantic& semantic) {
-            return wrapType(semantic.semantic->GetType(), semantic.owner);
-          },
-          "The type it gives a meaning to, or None when the file named none that was found.")
-      .def("__eq__", [](const Semantic& a, const Semantic& b) { return a.semantic == b.semantic; })
-      .def("__hash__",
-           [](const Semantic& semantic) { return std::hash<const void*>()(semantic.semantic); })
-      .def("__repr__", [](const Semantic& semantic) {
-        return py::str("<matgraph.Semantic {} {}>")
-            .format(quoted(semantic.semantic->GetName()),
-                    py::str(py::cast(semantic.semantic->GetUUID())));
-      });
+  SemanticType::Define(module, "Semantic", semanticSpec);
 }
 
 void defineParameters(py::module_& module) {
@@ -412,7 +463,7 @@ void defineNodeClassAndGraph(py::module_& module) {
                }
                return false;
              }
-             return (py::isinstance<mat::UUID>(item) || PyUnicode_Check(item.ptr())) &&
+             return (uuidOf(item) != nullptr || PyUnicode_Check(item.ptr())) &&
                     !list.Lookup(item).is_none();
            })
       .def("__iter__", [](const NodeList& list) { return py::iter(list.nodes); })

@@ -32,23 +32,27 @@ const mat::IGraphLibrary* parentOf(const py::object& parent) {
   return libraryOf(parent);
 }
 
+// The C++ object that a Python object of kind Wrapper stands for; null for an object of
+// another kind.
 template <typename Wrapper>
 const void* identityOf(py::handle object);
 template <>
 const void* identityOf<Type>(py::handle object) {
-  return object.cast<const Type&>().type;
+  return py::isinstance<Type>(object) ? object.cast<const Type&>().type : nullptr;
 }
 template <>
 const void* identityOf<Semantic>(py::handle object) {
-  return object.cast<const Semantic&>().semantic;
+  const Semantic* semantic = semanticOf(object);
+  return semantic != nullptr ? semantic->semantic : nullptr;
 }
 template <>
 const void* identityOf<NodeClass>(py::handle object) {
-  return object.cast<const NodeClass&>().nodeClass.get();
+  return py::isinstance<NodeClass>(object) ? object.cast<const NodeClass&>().nodeClass.get()
+                                           : nullptr;
 }
 template <>
 const void* identityOf<Graph>(py::handle object) {
-  return object.cast<const Graph&>().nodeClass.get();
+  return py::isinstance<Graph>(object) ? object.cast<const Graph&>().nodeClass.get() : nullptr;
 }
 
 // What each of the four sequences reads from the library. Types have no name index, so
@@ -138,7 +142,7 @@ struct ItemList {
 
   // The object for an index, a UUID or a name, or None when a UUID or name finds nothing.
   py::object Lookup(py::handle key) const {
-    if (py::isinstance<mat::UUID>(key)) return Items::Find(Library(), key.cast<mat::UUID>(), owner);
+    if (const mat::UUID* uuid = uuidOf(key)) return Items::Find(Library(), *uuid, owner);
     if (PyUnicode_Check(key.ptr())) return Items::FindByName(Library(), textFromPython(key), owner);
     if (PyLong_Check(key.ptr())) {
       return Items::At(Library(), positionFromPython(key, Items::Count(Library()), Items::name),
@@ -170,8 +174,7 @@ struct ItemList {
   }
 
   bool Contains(py::handle item) const {
-    if (py::isinstance<typename Items::Wrapper>(item)) {
-      const void* identity = identityOf<typename Items::Wrapper>(item);
+    if (const void* identity = identityOf<typename Items::Wrapper>(item)) {
       const size_t count = Items::Count(Library());
       for (size_t i = 0; i < count; ++i) {
         if (identityOf<typename Items::Wrapper>(Items::At(Library(), i, owner)) == identity) {
@@ -180,7 +183,7 @@ struct ItemList {
       }
       return false;
     }
-    if (py::isinstance<mat::UUID>(item) || PyUnicode_Check(item.ptr())) {
+    if (uuidOf(item) != nullptr || PyUnicode_Check(item.ptr())) {
       return !Lookup(item).is_none();
     }
     return false;

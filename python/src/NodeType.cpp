@@ -1,62 +1,21 @@
-// matgraph.Node, written against the Python C API rather than pybind11.
-//
-// A walk over a large library makes one Node per node of every graph; a pybind11 instance
-// costs a type lookup and an entry in its instance registry each time, which was most of
-// the walk. This type is a plain object holding the C++ Node record, so making one is an
-// allocation and a few reference counts (none of them atomic: the nodes of one graph share
-// one keepGraph() object).
+// matgraph.Node, a RecordType: a walk over a large library makes one per node of every
+// graph. Making one is an allocation and a few reference counts (none of them atomic: the
+// nodes of one graph share one keepGraph() object).
 #include <functional>
 #include <memory>
-#include <new>
 #include <typeinfo>
 
 #include "Bindings.h"
+#include "RecordType.h"
 #include "graph/GraphNode.h"
 
 namespace matgraph::python {
 
 namespace {
 
-struct NodeObject {
-  PyObject_HEAD Node node;
-};
+using NodeType = RecordType<Node>;
 
-PyTypeObject* nodeType = nullptr;
-
-const Node& record(PyObject* self) { return reinterpret_cast<NodeObject*>(self)->node; }
-
-// Runs @p body and turns a C++ exception into the Python error it stands for.
-template <typename Body>
-PyObject* guarded(Body body) {
-  try {
-    return body().release().ptr();
-  } catch (...) {
-    setPythonError();
-    return nullptr;
-  }
-}
-
-// Freed node objects kept for reuse: a walk over a library frees nodes as fast as it makes
-// them. The interpreter lock guards the list.
-constexpr size_t freeListCapacity = 1024;
-PyObject* freeList[freeListCapacity];
-size_t freeCount = 0;
-
-PyObject* allocate() {
-  if (freeCount > 0) return PyObject_Init(freeList[--freeCount], nodeType);
-  return nodeType->tp_alloc(nodeType, 0);
-}
-
-void deallocate(PyObject* self) {
-  PyTypeObject* type = Py_TYPE(self);
-  reinterpret_cast<NodeObject*>(self)->node.~Node();
-  if (freeCount < freeListCapacity) {
-    freeList[freeCount++] = self;
-  } else {
-    type->tp_free(self);
-  }
-  Py_DECREF(type);
-}
+const Node& record(PyObject* self) { return NodeType::Get(self); }
 
 PyObject* getUUID(PyObject* self, void*) {
   return guarded([&] { return py::cast(record(self).node->GetUUID()); });
@@ -98,7 +57,7 @@ PyObject* getEditorPosition(PyObject* self, void*) {
 PyObject* getInputs(PyObject* self, void*) {
   return guarded([&] {
     const Node& node = record(self);
-    return py::object(nodeInputs(*node.node, node.bareInputs, node.owner, node.library));
+    return py::object(nodeInputs(*node.node, node.bareInputs, node.owner));
   });
 }
 
@@ -110,7 +69,7 @@ PyObject* input(PyObject* self, PyObject* key) {
 }
 
 PyObject* compare(PyObject* self, PyObject* other, int operation) {
-  if (!PyObject_TypeCheck(other, nodeType) || (operation != Py_EQ && operation != Py_NE)) {
+  if (NodeType::Of(other) == nullptr || (operation != Py_EQ && operation != Py_NE)) {
     Py_RETURN_NOTIMPLEMENTED;
   }
   const bool same = record(self).node == record(other).node;
@@ -161,7 +120,7 @@ PyMethodDef nodeMethods[] = {
 };
 
 PyType_Slot nodeSlots[] = {
-    {Py_tp_dealloc, reinterpret_cast<void*>(deallocate)},
+    {Py_tp_dealloc, reinterpret_cast<void*>(NodeType::Deallocate)},
     {Py_tp_getset, nodeProperties},
     {Py_tp_methods, nodeMethods},
     {Py_tp_richcompare, reinterpret_cast<void*>(compare)},
@@ -173,13 +132,8 @@ PyType_Slot nodeSlots[] = {
     {0, nullptr},
 };
 
-// Nodes are made only by the library: Node() raises TypeError.
-#ifdef Py_TPFLAGS_DISALLOW_INSTANTIATION
-const unsigned int nodeFlags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION;
-#else
-const unsigned int nodeFlags = Py_TPFLAGS_DEFAULT;
-#endif
-PyType_Spec nodeSpec = {"matgraph.Node", sizeof(NodeObject), 0, nodeFlags, nodeSlots};
+PyType_Spec nodeSpec = {"matgraph.Node", sizeof(NodeType::Object), 0, madeByTheModuleFlags,
+                        nodeSlots};
 
 }  // namespace
 
@@ -201,11 +155,7 @@ py::object wrapNode(const py::object& keeper, const mat::IGraph* graph, const ma
                                          ? static_cast<const mat::GraphNode*>(node)->NodeClass()
                                          : node->GetNodeClass().get();
   py::handle bareInputs = cachedBareInputs(library, *nodeClass);
-  PyObject* object = allocate();
-  if (object == nullptr) throw py::error_already_set();
-  new (&reinterpret_cast<NodeObject*>(object)->node)
-      Node{keeper, graph, node, nodeClass, index, owner, bareInputs, &library};
-  return py::reinterpret_steal<py::object>(object);
+  return NodeType::Make(keeper, graph, node, nodeClass, index, owner, bareInputs);
 }
 
 py::object wrapNode(const py::object& keeper, const mat::IGraph* graph, const mat::IGraphNode* node,
@@ -213,10 +163,7 @@ py::object wrapNode(const py::object& keeper, const mat::IGraph* graph, const ma
   return wrapNode(keeper, graph, node, index, owner, owner.cast<Library&>());
 }
 
-const Node* nodeOf(py::handle object) {
-  if (!PyObject_TypeCheck(object.ptr(), nodeType)) return nullptr;
-  return &record(object.ptr());
-}
+const Node* nodeOf(py::handle object) { return NodeType::Of(object); }
 
 void defineNode(py::module_& module) {
   py::enum_<mat::NodeKind>(module, "NodeKind", "What a node of a graph is.")
@@ -225,11 +172,7 @@ void defineNode(py::module_& module) {
       .value("NestedGraphNode", mat::NestedGraphNode, "a node whose class is a graph")
       .value("ClassNode", mat::ClassNode, "a node whose class is an ordinary node class");
 
-  PyObject* type = PyType_FromSpec(&nodeSpec);
-  if (type == nullptr) throw py::error_already_set();
-  nodeType = reinterpret_cast<PyTypeObject*>(type);
-  nodeType->tp_new = nullptr;  // for interpreters without Py_TPFLAGS_DISALLOW_INSTANTIATION
-  module.add_object("Node", py::handle(type));
+  NodeType::Define(module, "Node", nodeSpec);
 }
 
 }  // namespace matgraph::python

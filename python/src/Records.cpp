@@ -111,10 +111,9 @@ namespace {
 // with @p defaultValue; @p bare is (name, None, None, None), which serves as it is for an
 // input with neither a connection nor a default.
 PyObject* makeNodeInput(bool connected, size_t sourceNode, size_t sourceOutput,
-                        const mat::IValue* defaultValue, PyObject* bare, const py::object& owner,
-                        Library* library) {
+                        const mat::IValue* defaultValue, PyObject* bare, const py::object& owner) {
   if (!connected && defaultValue == nullptr) return Py_NewRef(bare);
-  py::object defaultObject = valueToPython(defaultValue, owner, library);
+  py::object defaultObject = valueToPython(defaultValue, owner);
   PyObject* source = connected ? PyLong_FromSize_t(sourceNode) : Py_NewRef(Py_None);
   PyObject* output = connected ? PyLong_FromSize_t(sourceOutput) : Py_NewRef(Py_None);
   PyObject* input = PyTuple_New(4);
@@ -132,12 +131,12 @@ PyObject* makeNodeInput(bool connected, size_t sourceNode, size_t sourceOutput,
 }
 
 PyObject* makeNodeInput(const mat::IGraphNode& node, size_t index, PyObject* bare,
-                        const py::object& owner, Library* library) {
+                        const py::object& owner) {
   size_t sourceNode = 0;
   size_t sourceOutput = 0;
   const bool connected = node.GetInputConnection(index, &sourceNode, &sourceOutput);
   return makeNodeInput(connected, sourceNode, sourceOutput, node.GetInputDefault(index), bare,
-                       owner, library);
+                       owner);
 }
 
 py::object bareInput(const char* name) {
@@ -195,8 +194,7 @@ py::handle cachedBareInputs(Library& library, const mat::INodeClass& nodeClass) 
   return bare;
 }
 
-py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner,
-                     Library* library) {
+py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::object& owner) {
   const Py_ssize_t count = PyTuple_GET_SIZE(bare.ptr());
   py::tuple inputs(count);
   // The library's own nodes are read from their records directly, in order: a walk over
@@ -207,10 +205,10 @@ py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::obj
     Py_ssize_t i = 0;
     for (; i < known; ++i) {
       const mat::NodeInput& record = records[static_cast<size_t>(i)];
-      PyTuple_SET_ITEM(inputs.ptr(), i,
-                       makeNodeInput(record.connected, record.sourceNode, record.sourceOutput,
-                                     record.defaultValue.Get(), PyTuple_GET_ITEM(bare.ptr(), i),
-                                     owner, library));
+      PyTuple_SET_ITEM(
+          inputs.ptr(), i,
+          makeNodeInput(record.connected, record.sourceNode, record.sourceOutput,
+                        record.defaultValue.Get(), PyTuple_GET_ITEM(bare.ptr(), i), owner));
     }
     for (; i < count; ++i) {
       PyTuple_SET_ITEM(inputs.ptr(), i, Py_NewRef(PyTuple_GET_ITEM(bare.ptr(), i)));
@@ -218,9 +216,9 @@ py::tuple nodeInputs(const mat::IGraphNode& node, py::handle bare, const py::obj
     return inputs;
   }
   for (Py_ssize_t i = 0; i < count; ++i) {
-    PyTuple_SET_ITEM(inputs.ptr(), i,
-                     makeNodeInput(node, static_cast<size_t>(i), PyTuple_GET_ITEM(bare.ptr(), i),
-                                   owner, library));
+    PyTuple_SET_ITEM(
+        inputs.ptr(), i,
+        makeNodeInput(node, static_cast<size_t>(i), PyTuple_GET_ITEM(bare.ptr(), i), owner));
   }
   return inputs;
 }
@@ -239,7 +237,7 @@ py::object nodeInput(const mat::IGraphNode& node, const mat::INodeClass& nodeCla
     index = positionFromPython(key, count, "Input");
   }
   const py::object bare = bareInput(nodeClass.GetInput(index)->GetName());
-  return py::reinterpret_steal<py::object>(makeNodeInput(node, index, bare.ptr(), owner, nullptr));
+  return py::reinterpret_steal<py::object>(makeNodeInput(node, index, bare.ptr(), owner));
 }
 
 PortPathHandle::PortPathHandle(py::handle pathObject) : path(mat::createPortPath()) {

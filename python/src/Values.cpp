@@ -32,15 +32,7 @@ const char* keywordOf(mat::ValueType kind) {
   return "none";
 }
 
-py::object uuidToPython(const mat::UUID& uuid, Library* library) {
-  if (library == nullptr) return py::cast(uuid);
-  auto found = library->uuids.find(uuid);
-  if (found == library->uuids.end()) found = library->uuids.emplace(uuid, py::cast(uuid)).first;
-  return found->second;
-}
-
-py::object elementToPython(const mat::IValue& value, size_t index, const py::object& owner,
-                           Library* library) {
+py::object elementToPython(const mat::IValue& value, size_t index, const py::object& owner) {
   switch (value.GetValueType()) {
     case mat::ValueType::Bool:
       return py::bool_(value.GetBool(index));
@@ -49,7 +41,7 @@ py::object elementToPython(const mat::IValue& value, size_t index, const py::obj
     case mat::ValueType::Float:
       return py::float_(static_cast<double>(value.GetFloat(index)));
     case mat::ValueType::UUID:
-      return uuidToPython(value.GetUUID(index), library);
+      return makeUUIDObject(value.GetUUID(index));
     case mat::ValueType::String:
       return textToPython(value.GetString(index));
     case mat::ValueType::Semantic:
@@ -64,7 +56,6 @@ py::object elementToPython(const mat::IValue& value, size_t index, const py::obj
 // call per element: defaults are most of what a walk over node inputs converts.
 struct StorageToPython {
   const py::object& owner;
-  Library* library;
 
   PyObject* operator()(bool element) const { return Py_NewRef(element ? Py_True : Py_False); }
   PyObject* operator()(int32_t element) const { return PyLong_FromLong(element); }
@@ -72,7 +63,7 @@ struct StorageToPython {
     return PyFloat_FromDouble(static_cast<double>(element));
   }
   PyObject* operator()(const mat::UUID& element) const {
-    return uuidToPython(element, library).release().ptr();
+    return makeUUIDObject(element).release().ptr();
   }
   PyObject* operator()(const std::string& element) const {
     return textToPython(element.c_str()).release().ptr();
@@ -82,14 +73,13 @@ struct StorageToPython {
   }
 };
 
-py::object storageToPython(const mat::Value::Storage& storage, const py::object& owner,
-                           Library* library) {
+py::object storageToPython(const mat::Value::Storage& storage, const py::object& owner) {
   return std::visit(
       [&](const auto& elements) -> py::object {
         if constexpr (std::is_same_v<std::decay_t<decltype(elements)>, std::monostate>) {
           return py::list();
         } else {
-          const StorageToPython convert{owner, library};
+          const StorageToPython convert{owner};
           py::list list(elements.size());
           Py_ssize_t position = 0;
           for (const auto& element : elements) {
@@ -107,8 +97,8 @@ bool isBool(py::handle item) { return PyBool_Check(item.ptr()); }
 bool isInt(py::handle item) { return PyLong_Check(item.ptr()) && !PyBool_Check(item.ptr()); }
 bool isNumber(py::handle item) { return isInt(item) || PyFloat_Check(item.ptr()); }
 bool isText(py::handle item) { return PyUnicode_Check(item.ptr()); }
-bool isUUID(py::handle item) { return py::isinstance<mat::UUID>(item); }
-bool isSemantic(py::handle item) { return item.is_none() || py::isinstance<Semantic>(item); }
+bool isUUID(py::handle item) { return uuidOf(item) != nullptr; }
+bool isSemantic(py::handle item) { return item.is_none() || semanticOf(item) != nullptr; }
 
 template <typename Test>
 bool all(const std::vector<py::handle>& items, Test test) {
@@ -187,7 +177,7 @@ mat::Value::Storage convert(mat::ValueType kind, const std::vector<py::handle>& 
       return convertAll<mat::Value::SemanticElement>(items, [&](size_t i, py::handle item) {
         if (!isSemantic(item)) wrongElement(kind, i, item);
         if (item.is_none()) return mat::Value::SemanticElement();
-        const Semantic& semantic = item.cast<const Semantic&>();
+        const Semantic& semantic = *semanticOf(item);
         if (libraries != nullptr) libraries->push_back(semantic.owner);
         return mat::Value::SemanticElement(semantic.semantic);
       });
@@ -199,16 +189,16 @@ mat::Value::Storage convert(mat::ValueType kind, const std::vector<py::handle>& 
 
 }  // namespace
 
-py::object valueToPython(const mat::IValue* value, const py::object& owner, Library* library) {
+py::object valueToPython(const mat::IValue* value, const py::object& owner) {
   if (value == nullptr) return py::none();
   if (typeid(*value) == typeid(mat::Value)) {
-    return storageToPython(static_cast<const mat::Value*>(value)->GetStorage(), owner, library);
+    return storageToPython(static_cast<const mat::Value*>(value)->GetStorage(), owner);
   }
   const size_t count = value->GetCount();
   py::list elements(count);
   for (size_t i = 0; i < count; ++i) {
     PyList_SET_ITEM(elements.ptr(), static_cast<Py_ssize_t>(i),
-                    elementToPython(*value, i, owner, library).release().ptr());
+                    elementToPython(*value, i, owner).release().ptr());
   }
   return elements;
 }
