@@ -1,6 +1,7 @@
 """Querying libraries: the sequences, lookups, objects, values and identifiers."""
 
 import pickle
+import re
 
 import pytest
 
@@ -118,6 +119,16 @@ def test_semantic_and_uuid_elements_become_objects(base, materials):
     assert usage == [base.semantics[COLOR_SEMANTIC]]
     albedo = materials.graphs["Plastic"].inputs["albedoMap"].default
     assert albedo == [matgraph.UUID("ce8230b4-21b6-4676-8cd8-1ed3afbad4f4")]
+    color = usage[0]
+    assert hash(color) == hash(base.semantics["color"]) and color != color.uuid
+    assert repr(color) == f"<matgraph.Semantic 'color' {COLOR_SEMANTIC}>"
+    assert color in base.semantics and materials.find_semantic(COLOR_SEMANTIC) == color
+
+
+@pytest.mark.parametrize("kind", [matgraph.Node, matgraph.Semantic])
+def test_objects_of_a_library_are_made_only_by_the_library(kind):
+    with pytest.raises(TypeError, match="cannot create"):
+        kind()
 
 
 def test_a_graph_lists_its_nodes_with_kinds_classes_and_inputs(materials):
@@ -234,6 +245,14 @@ def test_uuids_parse_print_compare_hash_and_pickle():
             matgraph.UUID(bad)
     with pytest.raises(ValueError, match="A UUID is 16 bytes, not 3"):
         matgraph.UUID.from_bytes(b"abc")
+    assert matgraph.UUID(text=text) == uuid and matgraph.UUID(uuid=uuid) == uuid
+    for arguments, keywords, message in [
+        ((1,), {}, "UUID() takes a str or a UUID, not int"),
+        ((text, text), {}, "UUID() takes at most one argument (2 given)"),
+        ((), {"name": text}, "UUID() got an unexpected keyword argument 'name'"),
+    ]:
+        with pytest.raises(TypeError, match=re.escape(message)):
+            matgraph.UUID(*arguments, **keywords)
 
 
 def test_records_are_named_tuples():
