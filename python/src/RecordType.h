@@ -34,10 +34,10 @@ class RecordType {
     PyObject_HEAD Record record;
   };
 
-  /// Makes the type from @p spec, whose basic size is sizeof(Object) and whose slots name
+  /// Makes the type from @p definition, whose basic size is sizeof(Object) and whose slots name
   /// Deallocate as the deallocator, and adds it to @p module under @p name.
-  static void Define(py::module_& module, const char* name, PyType_Spec& spec) {
-    PyObject* type = PyType_FromSpec(&spec);
+  static void Define(py::module_& module, const char* name, PyType_Spec& definition) {
+    PyObject* type = PyType_FromSpec(&definition);
     if (type == nullptr) throw py::error_already_set();
     type_ = reinterpret_cast<PyTypeObject*>(type);
     module.add_object(name, py::handle(type));
