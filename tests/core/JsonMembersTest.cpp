@@ -7,18 +7,13 @@
 
 #include "mat/Exceptions.h"
 #include "mat/Functions.h"
+#include "support/JsonText.h"
 #include "support/TestSupport.h"
 
 namespace mat {
 namespace {
 
-picojson::object parseObject(const char* text) {
-  picojson::value value;
-  const std::string error = picojson::parse(value, text);
-  EXPECT_EQ(error, "");
-  EXPECT_TRUE(value.is<picojson::object>());
-  return value.get<picojson::object>();
-}
+using test::parseObject;
 
 const char* const item = R"({
   "text": "hello",
@@ -61,30 +56,16 @@ TEST(GetUUIDMember, ConvertsTextAndGivesNilForEmptyOrUnreadableText) {
   }
 }
 
-TEST(Exceptions, WhatIsTheFixedPrefixFollowedByTheDetail) {
-  EXPECT_STREQ(InputFileParsingException("Object with unknown type encountered").what(),
-               "InputFileParsingException: Object with unknown type encountered");
-  EXPECT_STREQ(InputFileParsingException(std::string("from a string")).what(),
-               "InputFileParsingException: from a string");
+// Every other test pins a message through what(); here, the empty detail and a copy that
+// outlives the original and the text it was made from.
+TEST(Exceptions, WhatIsTheFixedPrefixAndTheDetailAndCopiesKeepIt) {
   EXPECT_STREQ(InputFileParsingException("").what(), "InputFileParsingException: ");
-  EXPECT_STREQ(InvalidDataAccess("Node not present").what(),
-               "Index out of Range: Node not present");
-  EXPECT_STREQ(InvalidDataAccess(std::string("Type index 7 out of range (count 3)")).what(),
-               "Index out of Range: Type index 7 out of range (count 3)");
-  EXPECT_STREQ(InvalidDataAccess("").what(), "Index out of Range: ");
-}
-
-TEST(Exceptions, CopiesKeepTheirOwnTextAndCatchAsStdException) {
   std::string detail = "Node not present";
   auto original = std::make_unique<InvalidDataAccess>(detail);
   detail = "changed";
   const InvalidDataAccess copy = *original;
   original.reset();
   EXPECT_STREQ(copy.what(), "Index out of Range: Node not present");
-
-  EXPECT_THROW_MSG(throw InputFileParsingException("bad"), std::exception,
-                   "InputFileParsingException: bad");
-  EXPECT_THROW_MSG(throw InvalidDataAccess("bad"), std::exception, "Index out of Range: bad");
 }
 
 }  // namespace
