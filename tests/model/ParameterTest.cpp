@@ -66,23 +66,6 @@ TEST_F(Parameters, ErasingRenumbersTheSearch) {
   EXPECT_FALSE(list.Find("x", &position));
 }
 
-TEST_F(Parameters, TypeFoundNowhereIsNullAndNoFailure) {
-  const ParameterList list = read(
-      R"([{"name":"a","type":"7e000000-0000-0000-0000-0000000000ff"},{"name":"b","type":""}])");
-  ASSERT_EQ(list.items.size(), 2u);
-  EXPECT_EQ(list.items[0].GetType(), nullptr);
-  EXPECT_EQ(list.items[1].GetType(), nullptr);
-}
-
-TEST_F(Parameters, TypeOfTheParentIsFound) {
-  GraphLibrary child(&library, "child");
-  ParameterList list;
-  readParameters(list,
-                 parseArray(R"([{"name":"a","type":"7e000000-0000-0000-0000-000000000002"}])"),
-                 &child, "input");
-  EXPECT_EQ(list.items[0].GetType(), colors);
-}
-
 struct BadEntries {
   const char* why;
   const char* member;

@@ -176,14 +176,6 @@ TEST(ValueRead, IntTruncatesTowardZeroAndOutOfRangeIsTheSmallestInt) {
   }
 }
 
-TEST(ValueRead, BoolFromTextIsTrueOnlyForLowerCaseTrue) {
-  const Value value =
-      readValue(R"({"component":"bool","value":["true","True","",false,true,"TRUE"," true","1"]})");
-  const std::vector<bool> expected = {true, false, false, false, true, false, false, false};
-  ASSERT_EQ(value.GetCount(), expected.size());
-  for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(value.GetBool(i), expected[i]) << i;
-}
-
 struct SingleElement {
   const char* component;
   const char* element;
@@ -209,19 +201,6 @@ TEST_F(ValueWithSemantics, OneElementArrayReadsAsTheElementAndIsWrittenAsIt) {
   }
 }
 
-TEST(ValueRead, EmptyArrayIsAValueOfNoElementsWrittenWithoutValue) {
-  const Value empty = readValue(R"({"component":"float","value":[]})");
-  EXPECT_EQ(empty.GetValueType(), ValueType::Float);
-  EXPECT_EQ(empty.GetCount(), 0u);
-  EXPECT_FALSE(empty.IsNone());
-
-  const picojson::object saved = saveValue(empty);
-  EXPECT_EQ(picojson::value(saved), parseJson(R"({"component":"float"})"));
-  Value reread;
-  EXPECT_THROW_MSG(reread.Read(saved, nullptr), InputFileParsingException,
-                   "InputFileParsingException: Value has no value setting!");
-}
-
 struct Rewrite {
   const char* why;
   const char* read;
@@ -234,8 +213,9 @@ const Rewrite rewrites[] = {
      R"({"component":"int","value":[1,-1,-2147483648]})"},
     {"floats exact in float", R"({"component":"float","value":[0.5,-0.25,1024]})",
      R"({"component":"float","value":[0.5,-0.25,1024]})"},
-    {"bools from text become booleans", R"({"component":"bool","value":["true","yes",false]})",
-     R"({"component":"bool","value":[true,false,false]})"},
+    {"bools from text are true only for lower-case true",
+     R"({"component":"bool","value":["true","True","",false,true,"TRUE"," true","1","yes"]})",
+     R"({"component":"bool","value":[true,false,false,false,true,false,false,false,false]})"},
     {"uuids in capitals come out in lower case",
      R"({"component":"uuid","value":["0123ABCD-EF00-0000-0000-00000000000A",""]})",
      R"({"component":"uuid","value":["0123abcd-ef00-0000-0000-00000000000a",)"
@@ -260,17 +240,14 @@ TEST_F(ValueWithSemantics, WritingGivesTheCanonicalObjectWhichRereadsToItself) {
   }
 }
 
-TEST_F(ValueWithSemantics, UnresolvedSemanticIsANullElementThatKeepsItsUUID) {
+// Written back, the unresolved element keeps its UUID: see the rewrites above.
+TEST_F(ValueWithSemantics, UnresolvedSemanticIsANullElement) {
   const Value value = readValue(std::string(R"({"component":"semantic","value":[")") +
                                     knownSemantic + R"(",")" + unknownSemantic + R"("]})",
                                 &library);
   ASSERT_EQ(value.GetCount(), 2u);
   EXPECT_EQ(value.GetSemantic(0), semantic);
   EXPECT_EQ(value.GetSemantic(1), nullptr);
-  const picojson::object saved = saveValue(value);
-  const picojson::array& items = saved.at("value").get<picojson::array>();
-  ASSERT_EQ(items.size(), 2u);
-  EXPECT_EQ(items[1].get<std::string>(), unknownSemantic);
 }
 
 TEST_F(ValueWithSemantics, HostSemanticValueWritesANullPointerAsEmptyText) {
@@ -280,31 +257,24 @@ TEST_F(ValueWithSemantics, HostSemanticValueWritesANullPointerAsEmptyText) {
                                        knownSemantic + R"(",""]})"));
 }
 
-TEST(ValueWrite, FloatIsWrittenAsItsDoubleConversion) {
-  const float elements[] = {0.1f, -0.0f};
-  HostValue value(createValueFloat(elements, 2));
+// Each float is written as its double; infinities beyond the range, so that they read
+// back as the same infinities.
+TEST(ValueWrite, FloatIsWrittenAsItsDoubleConversionAndInfinityBeyondTheRange) {
+  const float elements[] = {0.1f, -0.0f, infinity, -infinity, FLT_MAX};
+  HostValue value(createValueFloat(elements, 5));
   const picojson::object saved = saveValue(*value);
   const picojson::array& items = saved.at("value").get<picojson::array>();
-  ASSERT_EQ(items.size(), 2u);
+  ASSERT_EQ(items.size(), 5u);
   EXPECT_EQ(items[0].get<double>(), static_cast<double>(0.1f));
-  EXPECT_NE(items[0].get<double>(), 0.1);
   EXPECT_TRUE(std::signbit(items[1].get<double>()));
-  EXPECT_EQ(items[1].get<double>(), 0.0);
-}
-
-TEST(ValueWrite, InfiniteFloatIsWrittenBeyondTheRangeAndRereadsAsTheSameInfinity) {
-  const float elements[] = {infinity, -infinity, FLT_MAX};
-  HostValue value(createValueFloat(elements, 3));
-  const picojson::object saved = saveValue(*value);
-  const picojson::array& items = saved.at("value").get<picojson::array>();
-  ASSERT_EQ(items.size(), 3u);
-  EXPECT_GT(items[0].get<double>(), static_cast<double>(FLT_MAX));
-  EXPECT_LT(items[1].get<double>(), -static_cast<double>(FLT_MAX));
+  EXPECT_GT(items[2].get<double>(), static_cast<double>(FLT_MAX));
+  EXPECT_LT(items[3].get<double>(), -static_cast<double>(FLT_MAX));
 
   const Value reread(saved, nullptr);
-  EXPECT_EQ(reread.GetFloat(0), infinity);
-  EXPECT_EQ(reread.GetFloat(1), -infinity);
-  EXPECT_EQ(reread.GetFloat(2), FLT_MAX);
+  for (size_t i = 0; i < 5; ++i) {
+    EXPECT_EQ(std::bit_cast<uint32_t>(reread.GetFloat(i)), std::bit_cast<uint32_t>(elements[i]))
+        << i;
+  }
 }
 
 TEST(ValueWrite, NotANumberRefusesTheSave) {
