@@ -199,46 +199,43 @@ TEST(GraphNode, ConnectionResolvesOrLeavesTheInputUnconnectedAndTheFileLoads) {
   }
 }
 
-TEST(GraphNode, ObjectFormOfInputCarriesConnectionsAndIsWrittenAsAnArray) {
-  const LibraryHandle library = loadLibrary(libraryWithNodes(R"([
-      {"uuid":"$n1","node":"$c1",
-       "input":{"amount":["$n2","alpha"],"a":["","tint"],"b":["","weight"],"zzz":5}},
-      {"uuid":"$n2","node":"$c1"}])"));
-  const auto graph = graphOf(library);
-  ASSERT_NE(graph, nullptr);
-  EXPECT_EQ(savedNode(*graph, 2), parseJson(withUUIDs(R"({"node":"$c1","uuid":"$n1","input":[
-      {"name":"a","from":["","tint"]},{"name":"amount","from":["$n2","alpha"]}]})")));
-}
+// Input entries of node $n1 and how the node is written back, which is what its records
+// hold: saving reads them through GetInputConnection() and GetInputDefault().
+struct InputEntries {
+  const char* why;
+  const char* input;
+  const char* written;
+};
 
-TEST(GraphNode, LaterEntryForTheSameInputOverwritesWhatItSets) {
-  const LibraryHandle library = loadLibrary(libraryWithNodes(R"([
-      {"uuid":"$n1","node":"$c1","input":[
-        {"name":"a","from":["","tint"],"default":{"component":"float","value":[1,1,1]}},
-        {"name":"a","from":["$n2","out"]},
-        {"name":"a","default":{"component":"float","value":[0,0.5,0]}},
-        {"name":"b","from":["","tint"]},
-        {"name":"b","from":["","weight"]}]},
-      {"uuid":"$n2","node":"$c1"}])"));
-  const auto graph = graphOf(library);
-  ASSERT_NE(graph, nullptr);
-  EXPECT_EQ(savedNode(*graph, 2), parseJson(withUUIDs(R"({"node":"$c1","uuid":"$n1","input":[
-      {"name":"a","from":["$n2","out"],"default":{"component":"float","value":[0,0.5,0]}},
-      {"name":"b","from":["","tint"]}]})")));
-}
+const InputEntries inputEntries[] = {
+    {"object form: connections only, unknown inputs skipped, written as an array",
+     R"({"amount":["$n2","alpha"],"a":["","tint"],"b":["","weight"],"zzz":5})",
+     R"([{"name":"a","from":["","tint"]},{"name":"amount","from":["$n2","alpha"]}])"},
+    {"a later entry for the same input overwrites what it sets",
+     R"([{"name":"a","from":["","tint"],"default":{"component":"float","value":[1,1,1]}},
+         {"name":"a","from":["$n2","out"]},
+         {"name":"a","default":{"component":"float","value":[0,0.5,0]}},
+         {"name":"b","from":["","tint"]},
+         {"name":"b","from":["","weight"]}])",
+     R"([{"name":"a","from":["$n2","out"],"default":{"component":"float","value":[0,0.5,0]}},
+         {"name":"b","from":["","tint"]}])"},
+    {"an input keeps both its connection and its default",
+     R"([{"name":"amount","default":{"component":"float","value":0.25},"from":["","weight"]}])",
+     R"([{"default":{"component":"float","value":0.25},"from":["","weight"],"name":"amount"}])"},
+};
 
-TEST(GraphNode, InputKeepsBothConnectionAndDefault) {
-  const LibraryHandle library = loadLibrary(libraryWithNodes(R"([
-      {"uuid":"$n1","node":"$c1","input":[
-        {"name":"amount","default":{"component":"float","value":0.25},"from":["","weight"]}]}])"));
-  const auto graph = graphOf(library);
-  ASSERT_NE(graph, nullptr);
-  const IGraphNode* node = graph->GetNode(2);
-  EXPECT_TRUE(node->GetInputConnection(2, nullptr, nullptr));
-  ASSERT_NE(node->GetInputDefault(2), nullptr);
-  EXPECT_EQ(node->GetInputDefault(2)->GetFloat(0), 0.25f);
-  EXPECT_EQ(node->GetInputDefault(0), nullptr);
-  EXPECT_EQ(savedNode(*graph, 2), parseJson(withUUIDs(R"({"node":"$c1","uuid":"$n1","input":[
-      {"default":{"component":"float","value":0.25},"from":["","weight"],"name":"amount"}]})")));
+TEST(GraphNode, InputEntriesSetConnectionsAndDefaults) {
+  for (const InputEntries& entries : inputEntries) {
+    SCOPED_TRACE(entries.why);
+    const LibraryHandle library =
+        loadLibrary(libraryWithNodes(std::string(R"([{"uuid":"$n1","node":"$c1","input":)") +
+                                     entries.input + R"(},{"uuid":"$n2","node":"$c1"}])"));
+    const auto graph = graphOf(library);
+    ASSERT_NE(graph, nullptr);
+    EXPECT_EQ(savedNode(*graph, 2),
+              parseJson(withUUIDs(std::string(R"({"node":"$c1","uuid":"$n1","input":)") +
+                                  entries.written + "}")));
+  }
 }
 
 struct BadNode {
