@@ -4,24 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cmath>
-#include <cstdio>
-#include <iterator>
 #include <limits>
-#include <memory>
 #include <sstream>
 #include <string>
-#include <vector>
 
-#include "core/GraphLibrary.h"
 #include "files/JsonWriter.h"
-#include "graph/Graph.h"
 #include "mat/Functions.h"
 #include "mat/IGraphLibrary.h"
 #include "mat/IType.h"
-#include "model/NodeClass.h"
-#include "model/Semantic.h"
-#include "model/Type.h"
 #include "support/JsonText.h"
 #include "support/LibraryText.h"
 #include "support/TestSupport.h"
@@ -171,19 +161,6 @@ TEST(SaveGraphLibrary, ContentIsTypesSemanticsNodeClassesThenGraphsWhateverTheFi
   }
 }
 
-TEST(SaveGraphLibrary, ObjectsRegisteredInAnyOrderAreWrittenKindByKind) {
-  GraphLibrary library(nullptr, "built");
-  library.AddGraph(std::make_shared<Graph>("graph", UUID{}, &library));
-  library.AddNodeClass(std::make_shared<NodeClass>(generateUUID(), picojson::object(), &library));
-  library.AddSemantic(std::make_shared<Semantic>(generateUUID(), picojson::object(), &library));
-  library.AddType(std::make_shared<Type>(generateUUID(), picojson::object(), &library));
-  const picojson::value saved = parseJson(saveLibrary(library));
-  const picojson::array& content = saved.get<picojson::array>()[1].get<picojson::array>();
-  ASSERT_EQ(content.size(), 4u);
-  const char* const kinds[] = {"type", "semantic", "nodeclass", "graph"};
-  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(content[i].get("content").get<std::string>(), kinds[i]);
-}
-
 TEST(SaveGraphLibrary, ChildIsWrittenWithoutAnythingOfItsParent) {
   const LibraryHandle parent = loadLibrary(withUUIDs(R"([{"content":"type","uuid":"$t1"}])"));
   ASSERT_NE(parent, nullptr);
@@ -215,89 +192,55 @@ const Escape escapes[] = {
     {"plain text", "Mix 2 (x) & y", R"("Mix 2 (x) & y")"},
 };
 
-TEST(SerializeValue, EscapesQuotesBackslashesSlashesAndControlBytes) {
+TEST(SerializeValue, EscapesQuotesBackslashesSlashesAndControlBytesAndReadsThemBack) {
   for (const Escape& escape : escapes) {
     SCOPED_TRACE(escape.why);
     EXPECT_EQ(serialized(picojson::value(escape.name)), escape.written);
-  }
-}
-
-TEST(SaveGraphLibrary, EscapedNamesReadBackUnchanged) {
-  for (const Escape& escape : escapes) {
-    SCOPED_TRACE(escape.why);
-    const std::string text =
-        R"([{"content":"type","uuid":"","desc":)" + std::string(escape.written) + "}]";
-    const LibraryHandle library = loadLibrary(text);
+    const LibraryHandle library =
+        loadLibrary(R"([{"content":"type","uuid":"","desc":)" + std::string(escape.written) + "}]");
     ASSERT_NE(library, nullptr);
     EXPECT_EQ(library->GetType(0)->GetName(), escape.name);
-    const std::string saved = saveLibrary(*library);
-    EXPECT_NE(saved.find("\"desc\" : " + std::string(escape.written) + ",\n"), std::string::npos);
   }
 }
 
-// Integers below 2^53 are written with "%.f", every other number with "%.17g"; the writer
-// must give the same text without consulting the locale.
-const double numbers[] = {0,
-                          1,
-                          -3,
-                          0.5,
-                          0.1,
-                          static_cast<double>(0.1f),
-                          -0.0,
-                          1e21,
-                          1e-7,
-                          123456789.125,
-                          9007199254740991.0,
-                          -9007199254740991.0,
-                          9007199254740992.0,
-                          -9007199254740992.0,
-                          9007199254740994.0,
-                          4503599627370495.5,
-                          1e300,
-                          -1e-300,
-                          std::numeric_limits<double>::denorm_min(),
-                          std::numeric_limits<double>::max(),
-                          std::numeric_limits<double>::lowest(),
-                          1.0 / 3.0,
-                          2.5e-5,
-                          100,
-                          1e15 + 0.5,
-                          static_cast<double>(std::numeric_limits<float>::max())};
+// Integers below 2^53 are written as "%.f" writes them, every other number as "%.17g"
+// does; the writer must give the same text without consulting the locale.
+struct Number {
+  double number;
+  const char* written;
+};
 
-std::string printfText(double number) {
-  char buffer[512];
-  const bool integral = std::fabs(number) < 9007199254740992.0 && number == std::trunc(number);
-  std::snprintf(buffer, sizeof buffer, integral ? "%.f" : "%.17g", number);
-  return buffer;
-}
+const Number numbers[] = {
+    {0, "0"},
+    {1, "1"},
+    {-3, "-3"},
+    {100, "100"},
+    {0.5, "0.5"},
+    {0.1, "0.10000000000000001"},
+    {static_cast<double>(0.1f), "0.10000000149011612"},
+    {-0.0, "-0"},
+    {1e21, "1e+21"},
+    {1e-7, "9.9999999999999995e-08"},
+    {2.5e-5, "2.5000000000000001e-05"},
+    {1.0 / 3.0, "0.33333333333333331"},
+    {123456789.125, "123456789.125"},
+    {1e15 + 0.5, "1000000000000000.5"},
+    {4503599627370495.5, "4503599627370495.5"},
+    {9007199254740991.0, "9007199254740991"},
+    {-9007199254740991.0, "-9007199254740991"},
+    {9007199254740992.0, "9007199254740992"},
+    {-9007199254740992.0, "-9007199254740992"},
+    {9007199254740994.0, "9007199254740994"},
+    {1e300, "1.0000000000000001e+300"},
+    {-1e-300, "-1e-300"},
+    {std::numeric_limits<double>::denorm_min(), "4.9406564584124654e-324"},
+    {std::numeric_limits<double>::max(), "1.7976931348623157e+308"},
+    {std::numeric_limits<double>::lowest(), "-1.7976931348623157e+308"},
+    {static_cast<double>(std::numeric_limits<float>::max()), "3.4028234663852886e+38"},
+};
 
-TEST(SerializeValue, NumbersMatchThePrintfFormats) {
-  ASSERT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
-  for (double number : numbers) {
-    SCOPED_TRACE(printfText(number));
-    EXPECT_EQ(serialized(picojson::value(number)), printfText(number));
-  }
-}
-
-TEST(SerializeValue, NumbersHaveTheirPinnedText) {
-  const struct {
-    double number;
-    const char* written;
-  } pinned[] = {
-      {1, "1"},
-      {-3, "-3"},
-      {0.5, "0.5"},
-      {0.1, "0.10000000000000001"},
-      {static_cast<double>(0.1f), "0.10000000149011612"},
-      {-0.0, "-0"},
-      {9007199254740991.0, "9007199254740991"},
-      {9007199254740992.0, "9007199254740992"},
-      {9007199254740994.0, "9007199254740994"},
-      {1e21, "1e+21"},
-      {1e-7, "9.9999999999999995e-08"},
-      {1e300, "1.0000000000000001e+300"},
-  };
-  for (const auto& number : pinned) {
+TEST(SerializeValue, NumbersHaveTheTextOfThePrintfFormats) {
+  for (const Number& number : numbers) {
     SCOPED_TRACE(number.written);
     EXPECT_EQ(serialized(picojson::value(number.number)), number.written);
   }
@@ -332,22 +275,8 @@ TEST(SerializeValue, KeysComeInByteOrder) {
             "\t\"b\" : 1,\n\t\"\xc3\xa9\" : 2\n}");
 }
 
-TEST(SaveGraphLibrary, SavedFileLoadsToTheSameObjectsAndSavesToTheSameBytes) {
-  const LibraryHandle library = loadLibrary(test::files::sampleLibraryText());
-  ASSERT_NE(library, nullptr);
-  const std::string saved = saveLibrary(*library);
-  const LibraryHandle reloaded = loadLibrary(saved);
-  ASSERT_NE(reloaded, nullptr);
-  EXPECT_EQ(saveLibrary(*reloaded), saved);
-  ASSERT_EQ(reloaded->GetTypeCount(), library->GetTypeCount());
-  for (size_t i = 0; i < library->GetTypeCount(); ++i) {
-    EXPECT_EQ(reloaded->GetType(i)->GetUUID(), library->GetType(i)->GetUUID());
-  }
-  ASSERT_EQ(reloaded->GetGraphCount(), library->GetGraphCount());
-  for (size_t i = 0; i < library->GetGraphCount(); ++i) {
-    EXPECT_EQ(reloaded->GetGraph(i)->GetUUID(), library->GetGraph(i)->GetUUID());
-    EXPECT_EQ(reloaded->GetGraph(i)->GetNodeCount(), library->GetGraph(i)->GetNodeCount());
-  }
+TEST(SaveGraphLibrary, SavedSampleLoadsAndSavesToTheSameBytes) {
+  EXPECT_EQ(test::files::roundTripProblem(test::files::sampleLibraryText()), "");
 }
 
 // The one saved text that does not load again: a value of no elements is written with
@@ -396,8 +325,6 @@ TEST(SaveGraphLibrary, TextDoesNotDependOnTheProcessLocale) {
   const LibraryHandle underC = loadLibrary(text);
   ASSERT_NE(underC, nullptr);
   const std::string expected = saveLibrary(*underC);
-  std::vector<std::string> underCText;
-  for (double number : numbers) underCText.push_back(printfText(number));
   LocaleGuard guard;
   const char* locale = commaLocale();
   if (locale == nullptr) GTEST_SKIP() << "no locale with a decimal comma is installed";
@@ -405,8 +332,8 @@ TEST(SaveGraphLibrary, TextDoesNotDependOnTheProcessLocale) {
   const LibraryHandle underComma = loadLibrary(text);
   ASSERT_NE(underComma, nullptr);
   EXPECT_EQ(saveLibrary(*underComma), expected);
-  for (size_t i = 0; i < std::size(numbers); ++i) {
-    EXPECT_EQ(serialized(picojson::value(numbers[i])), underCText[i]);
+  for (const Number& number : numbers) {
+    EXPECT_EQ(serialized(picojson::value(number.number)), number.written);
   }
 }
 
