@@ -145,33 +145,6 @@ TEST(SaveGraphLibrary, WritesEveryKindInItsExactLayout) {
 ])")));
 }
 
-TEST(SaveGraphLibrary, ContentIsTypesSemanticsNodeClassesThenGraphsWhateverTheFileOrder) {
-  const LibraryHandle library = loadLibrary(withUUIDs(R"([
-      {"content":"graph","uuid":"$g2"},{"content":"nodeclass","uuid":"$c2"},
-      {"content":"semantic","uuid":"$s2"},{"content":"type","uuid":"$t2"},
-      {"content":"graph","uuid":"$g1"},{"content":"nodeclass","uuid":"$c1"},
-      {"content":"semantic","uuid":"$s1"},{"content":"type","uuid":"$t1"}])"));
-  ASSERT_NE(library, nullptr);
-  const picojson::value saved = parseJson(saveLibrary(*library));
-  const picojson::array& content = saved.get<picojson::array>()[1].get<picojson::array>();
-  const char* const order[] = {"$t2", "$t1", "$s2", "$s1", "$c2", "$c1", "$g2", "$g1"};
-  ASSERT_EQ(content.size(), 8u);
-  for (size_t i = 0; i < content.size(); ++i) {
-    EXPECT_EQ(content[i].get("uuid").get<std::string>(), withUUIDs(order[i])) << i;
-  }
-}
-
-TEST(SaveGraphLibrary, ChildIsWrittenWithoutAnythingOfItsParent) {
-  const LibraryHandle parent = loadLibrary(withUUIDs(R"([{"content":"type","uuid":"$t1"}])"));
-  ASSERT_NE(parent, nullptr);
-  const LibraryHandle child =
-      loadLibrary(withUUIDs(R"([{"content":"semantic","uuid":"$s1","type":"$t1"}])"), parent.get());
-  ASSERT_NE(child, nullptr);
-  const std::string saved = saveLibrary(*child);
-  EXPECT_EQ(saved.find("\"content\" : \"type\""), std::string::npos);
-  EXPECT_NE(saved.find("\"type\" : \"" + withUUIDs("$t1") + "\""), std::string::npos);
-}
-
 struct Escape {
   const char* why;
   std::string name;
