@@ -187,42 +187,36 @@ TEST_F(GraphFactorySessionTest, EditsACopyStepByStepAndLeavesTheSourceAlone) {
   const IGraphNode* input = factory->GetInputNode();
   const IGraphNode* output = factory->GetOutputNode();
   const IGraphNode* twice = nodeAt(*factory, 2);
-  const IGraphNode* gained = nodeAt(*factory, 3);
   const IGraphNode* loop = nodeAt(*factory, 4);
+  const IGraphNode* steps = nodeAt(*factory, 5);
 
   factory->SetName("material v2");
 
   // A third input, then the first one goes: its one use (twice.x) is cut, gain moves to
-  // index 0 and bias to 1.
+  // index 0 and bias to 1. The removals' own tests check each step; here the final
+  // graph, the untouched source and the round trip tell whether the steps add up.
   ASSERT_EQ(factory->AddInput(Float(), "bias", floatValue(0.25f).get()), ConnectionOk);
   ASSERT_EQ(factory->RemoveInput("base"), ConnectionOk);
-  EXPECT_EQ(connectionText(twice, 0), "-");
-  EXPECT_EQ(connectionText(gained, 1), "0.0");
-  EXPECT_EQ(connectionText(nodeAt(*factory, 5), 0), "0.0");
   ASSERT_EQ(factory->Connect(input, "bias", twice, "x"), ConnectionOk);
-  EXPECT_EQ(connectionText(twice, 0), "0.1");
 
   // A new output fed by loop, then the first output goes: raw and extra move down with
   // their sources.
   ASSERT_EQ(factory->AddOutput(Float(), "extra"), ConnectionOk);
   ASSERT_EQ(factory->Connect(loop, "out", output, "extra"), ConnectionOk);
   ASSERT_EQ(factory->RemoveOutput("result"), ConnectionOk);
-  EXPECT_EQ(connectionText(output, 0), "2.0");
-  EXPECT_EQ(connectionText(output, 1), "4.0");
 
   // gained (multiply) becomes an add in place, with its connections and its default.
   const IGraphNode* summed = nullptr;
   ASSERT_EQ(factory->ReplaceNode(3, Class(uuids::add), false, "summed", &summed), ConnectionOk);
-  EXPECT_EQ(connectionText(summed, 0), "2.0");
-  EXPECT_EQ(connectionText(summed, 1), "0.0");
-  EXPECT_EQ(defaultText(summed, 1), R"({"component":"float","value":2})");
 
   // loop (add, fed by itself) becomes a mix, appended last: it is still fed by itself
   // and still feeds extra; steps moves from 5 to 4.
   const IGraphNode* mixed = nullptr;
   ASSERT_EQ(factory->ReplaceNode(4, Class(uuids::mix), true, "mixed", &mixed), ConnectionOk);
+  EXPECT_EQ(nodeAt(*factory, 4), steps);
   EXPECT_EQ(nodeAt(*factory, 5), mixed);
   EXPECT_EQ(connectionText(mixed, 0), "5.0");
+  EXPECT_EQ(defaultText(mixed, 1), "-");
   EXPECT_EQ(connectionText(output, 1), "5.0");
 
   // Reconnect: the mix blends summed with twice, and its t takes a default.
@@ -230,10 +224,6 @@ TEST_F(GraphFactorySessionTest, EditsACopyStepByStepAndLeavesTheSourceAlone) {
   ASSERT_EQ(factory->Connect(twice, "y", mixed, "b"), ConnectionOk);
   factory->SetInputDefault(mixed, 2, floatValue(0.5f).get());
   ASSERT_EQ(factory->RemoveNode(4), ConnectionOk);  // steps
-  EXPECT_EQ(nodeAt(*factory, 4), mixed);
-  EXPECT_EQ(connectionText(mixed, 0), "3.0");
-  EXPECT_EQ(connectionText(mixed, 1), "2.0");
-  EXPECT_EQ(connectionText(output, 1), "4.0");
 
   const auto edited = factory->FinishGraph();
   ASSERT_NE(edited, nullptr);
