@@ -23,7 +23,6 @@
 namespace mat {
 namespace {
 
-using test::resolver::BuiltBy;
 using test::resolver::NestedGraphs;
 using test::resolver::OwnedResolver;
 
@@ -52,9 +51,7 @@ const IValue* classDefault(const IGraph& graph, size_t node, size_t input) {
 const IValue* typeDefault(const IGraph& graph, size_t node, size_t input) {
   return graph.GetNode(node)->GetNodeClass()->GetInput(input)->GetType()->GetDefault();
 }
-const IValue* innerAmountOrInnerBDefault(const NestedGraphs& g) {
-  return g.innerAmountRecord ? g.innerAmountRecord : g.middle->GetNode(3)->GetInputDefault(1);
-}
+const IValue* innerAmountRecord(const NestedGraphs& g) { return g.innerAmountRecord; }
 
 // Inputs of nodes of the flattened view of "outer" that are fed. Nodes are named by their
 // port paths from "outer" (NestedGraphs.h draws the graphs).
@@ -73,7 +70,6 @@ const Fed fedInputs[] = {
     {"by a sibling instance of the same graph", {2, 3, 2}, 0, {2, 2, 2}, 0},
     {"a root output, by a root node", {1}, 0, {4}, 0},
     {"an output of a nested instance, from the root's input", {2, 1}, 1, {0}, 1},
-    {"by an ordinary node", {7}, 0, {6}, 0},
 };
 
 // Inputs whose chain ends at an unconnected input, and the default that applies.
@@ -105,10 +101,10 @@ const Unconnected unconnectedInputs[] = {
      {3},
      1,
      [](const NestedGraphs& g) { return g.middle->GetInput(1)->GetDefault(); }},
-    // Stepping out of "inner" takes the default stored on its input node (factory only),
-    // which comes before the default of the unconnected input where the chain ends.
-    {"one step out: the input node's record first", {2, 3, 2}, 2, innerAmountOrInnerBDefault},
-    {"the same chain, entered through the root's output", {1}, 1, innerAmountOrInnerBDefault},
+    // Stepping out of "inner" takes the default stored on its input node, which comes
+    // before the default of the unconnected input where the chain ends.
+    {"one step out: the input node's record first", {2, 3, 2}, 2, innerAmountRecord},
+    {"the same chain, entered through the root's output", {1}, 1, innerAmountRecord},
     // A record taken on an early step out is dropped when a later hop is connected: only
     // the last step out counts, and "middle" stores nothing for "amount".
     {"two steps out: the graph input's default two levels up",
@@ -117,15 +113,15 @@ const Unconnected unconnectedInputs[] = {
      [](const NestedGraphs& g) { return g.middle->GetInput(1)->GetDefault(); }},
 };
 
-class GraphResolverOnNestedGraphs : public ::testing::TestWithParam<BuiltBy> {
+class GraphResolverOnNestedGraphs : public ::testing::Test {
  protected:
-  NestedGraphs graphs_ = test::resolver::makeNestedGraphs(GetParam());
+  NestedGraphs graphs_ = test::resolver::makeNestedGraphs();
   const test::resolver::OwnedValue stale_ = test::resolver::floatValue(1.0f);  // never read
 };
 
 // Each row runs on a fresh resolver and on one shared by all rows: no answer may depend
 // on which instances earlier calls made.
-TEST_P(GraphResolverOnNestedGraphs, FollowsFedInputsThroughGraphBoundaries) {
+TEST_F(GraphResolverOnNestedGraphs, FollowsFedInputsThroughGraphBoundaries) {
   ASSERT_TRUE(graphs_.outer);
   OwnedResolver shared = flattened(*graphs_.outer);
   for (const Fed& row : fedInputs) {
@@ -146,7 +142,7 @@ TEST_P(GraphResolverOnNestedGraphs, FollowsFedInputsThroughGraphBoundaries) {
   }
 }
 
-TEST_P(GraphResolverOnNestedGraphs, FallsBackOnDefaultsWhereTheChainEnds) {
+TEST_F(GraphResolverOnNestedGraphs, FallsBackOnDefaultsWhereTheChainEnds) {
   ASSERT_TRUE(graphs_.outer);
   OwnedResolver shared = flattened(*graphs_.outer);
   for (const Unconnected& row : unconnectedInputs) {
@@ -167,7 +163,7 @@ TEST_P(GraphResolverOnNestedGraphs, FallsBackOnDefaultsWhereTheChainEnds) {
 
 // Every node of every instance, reached by paths, has its own flat number, and the
 // numbers cover 0 to the flat node total - 1 whatever the order in which instances came.
-TEST_P(GraphResolverOnNestedGraphs, FlatNumbersOfAllInstancesAreDistinctAndDense) {
+TEST_F(GraphResolverOnNestedGraphs, FlatNumbersOfAllInstancesAreDistinctAndDense) {
   ASSERT_TRUE(graphs_.outer);
   OwnedResolver resolver = flattened(*graphs_.outer);
   NodeKey unused{};
@@ -200,16 +196,9 @@ TEST_P(GraphResolverOnNestedGraphs, FlatNumbersOfAllInstancesAreDistinctAndDense
   EXPECT_EQ(std::vector<int>(keys.size(), 1), seen);
 }
 
-INSTANTIATE_TEST_SUITE_P(BuiltBy, GraphResolverOnNestedGraphs,
-                         ::testing::Values(BuiltBy::File, BuiltBy::Factory),
-                         [](const ::testing::TestParamInfo<BuiltBy>& info) {
-                           return info.param == BuiltBy::File ? "File" : "Factory";
-                         });
-
-TEST(GraphResolver, NumbersInstancesInTheOrderOperationsFirstReachThem) {
-  const NestedGraphs graphs = test::resolver::makeNestedGraphs(BuiltBy::File);
-  ASSERT_TRUE(graphs.outer);
-  OwnedResolver resolver = flattened(*graphs.outer);
+TEST_F(GraphResolverOnNestedGraphs, NumbersInstancesInTheOrderOperationsFirstReachThem) {
+  ASSERT_TRUE(graphs_.outer);
+  OwnedResolver resolver = flattened(*graphs_.outer);
   // outer has 8 nodes, middle and inner 4 each.
   for (size_t node = 0; node < 8; ++node) {
     EXPECT_EQ(resolver->GetFlatIndex({0, node}), node);
@@ -242,26 +231,13 @@ TEST(GraphResolver, NumbersInstancesInTheOrderOperationsFirstReachThem) {
   EXPECT_EQ(resolver->GetFlatIndex({5, 1}), 25u);
   EXPECT_EQ(keyFromPath(*resolver, {2, 2, 1}), (NodeKey{5, 1}));
   EXPECT_EQ(instanceCount(*resolver), 6u);
-}
 
-TEST(GraphResolver, KeysFromPathsNameTheLastNode) {
-  const NestedGraphs graphs = test::resolver::makeNestedGraphs(BuiltBy::File);
-  ASSERT_TRUE(graphs.outer);
-  OwnedResolver resolver = flattened(*graphs.outer);
+  // A key names a node of its instance's graph; the empty path names the input node.
   EXPECT_EQ(keyFromPath(*resolver, {}), (NodeKey{0, 0}));
-  for (size_t node : {0, 1, 3, 4, 7}) {
-    EXPECT_EQ(keyFromPath(*resolver, {node}), (NodeKey{0, node})) << "any node, of any kind";
-  }
-  EXPECT_EQ(instanceCount(*resolver), 1u);
-
-  const NodeKey innerMix = keyFromPath(*resolver, {2, 3, 2});
-  EXPECT_EQ(resolver->GetNode(innerMix), graphs.inner->GetNode(2));
-  EXPECT_EQ(resolver->GetNodeKind(innerMix), ClassNode);
-  EXPECT_EQ(resolver->GetNodeClass(innerMix), graphs.inner->GetNode(2)->GetNodeClass());
-  const NodeKey innerB = keyFromPath(*resolver, {2, 3});
-  EXPECT_EQ(resolver->GetNodeKind(innerB), NestedGraphNode);
-  EXPECT_EQ(resolver->GetNodeClass(innerB), graphs.inner);
-  EXPECT_EQ(resolver->GetNodeKind(keyFromPath(*resolver, {2, 3, 1})), GraphOutputNode);
+  EXPECT_EQ(resolver->GetNode(source), graphs_.inner->GetNode(2));
+  EXPECT_EQ(resolver->GetNodeKind({1, 3}), NestedGraphNode);
+  EXPECT_EQ(resolver->GetNodeClass({1, 3}), graphs_.inner);
+  EXPECT_EQ(resolver->GetNodeKind({4, 1}), GraphOutputNode);
 }
 
 struct BadKey {
@@ -280,10 +256,9 @@ const BadKey badKeys[] = {
      "Index out of Range: Node key {18446744073709551615, 18446744073709551615} out of range"},
 };
 
-TEST(GraphResolver, KeysOutOfRangeThrowInvalidDataAccessNamingTheKey) {
-  const NestedGraphs graphs = test::resolver::makeNestedGraphs(BuiltBy::File);
-  ASSERT_TRUE(graphs.outer);
-  OwnedResolver resolver = flattened(*graphs.outer);
+TEST_F(GraphResolverOnNestedGraphs, KeysOutOfRangeThrowInvalidDataAccessNamingTheKey) {
+  ASSERT_TRUE(graphs_.outer);
+  OwnedResolver resolver = flattened(*graphs_.outer);
   ASSERT_EQ(keyFromPath(*resolver, {2, 0}), (NodeKey{1, 0}));
   NodeKey source{};
   size_t output = 0;
@@ -327,10 +302,9 @@ const BadPath badPaths[] = {
      true},
 };
 
-TEST(GraphResolver, PathsThatCannotBeFollowedThrow) {
-  const NestedGraphs graphs = test::resolver::makeNestedGraphs(BuiltBy::File);
-  ASSERT_TRUE(graphs.outer);
-  OwnedResolver resolver = flattened(*graphs.outer);
+TEST_F(GraphResolverOnNestedGraphs, PathsThatCannotBeFollowedThrow) {
+  ASSERT_TRUE(graphs_.outer);
+  OwnedResolver resolver = flattened(*graphs_.outer);
   for (const BadPath& bad : badPaths) {
     SCOPED_TRACE(bad.why);
     try {

@@ -4,8 +4,9 @@
 
 #include <cctype>
 
-#include "mat/IGraphFactory.h"
-#include "mat/IGraphNode.h"
+#include "graph/Graph.h"
+#include "graph/GraphNode.h"
+#include "model/Value.h"
 
 namespace mat::test::resolver {
 namespace {
@@ -69,109 +70,14 @@ const char* const graphText = R"([
 
 UUID uuidOf(const char* token) { return makeUUID(withUUIDs(token).c_str()); }
 
-struct FactoryReleaser {
-  void operator()(IGraphFactory* factory) const { releaseGraphFactory(factory); }
-};
-
-// A factory with checked edits: every failed one fails the test.
-class Builder {
- public:
-  Builder(const IGraphLibrary& library, const char* name, const char* uuid)
-      : factory_(createNewGraphFactory(&library, name, uuidOf(uuid))) {}
-
-  void Input(const char* type, const char* name, const IValue* defaultValue = nullptr) {
-    const IType* found = baseLibrary().FindType(uuidOf(type), false);
-    EXPECT_EQ(factory_->AddInput(found, name, defaultValue), ConnectionOk) << name;
-  }
-  void Output(const char* type, const char* name) {
-    const IType* found = baseLibrary().FindType(uuidOf(type), false);
-    EXPECT_EQ(factory_->AddOutput(found, name), ConnectionOk) << name;
-  }
-  const IGraphNode* Node(const std::shared_ptr<const INodeClass>& nodeClass, const char* name) {
-    const IGraphNode* node = nullptr;
-    EXPECT_EQ(factory_->AddNode(nodeClass, name, &node), ConnectionOk) << name;
-    return node;
-  }
-  const IGraphNode* Node(const char* nodeClass, const char* name) {
-    return Node(baseLibrary().FindNodeClass(uuidOf(nodeClass), false), name);
-  }
-  void Connect(const IGraphNode* source, const char* output, const IGraphNode* target,
-               const char* input) {
-    EXPECT_EQ(factory_->Connect(source, output, target, input), ConnectionOk)
-        << output << " -> " << input;
-  }
-  void Default(const IGraphNode* node, size_t input, float value) {
-    factory_->SetInputDefault(node, input, floatValue(value).get());
-  }
-  const IGraphNode* In() { return factory_->GetInputNode(); }
-  const IGraphNode* Out() { return factory_->GetOutputNode(); }
-  std::shared_ptr<const IGraph> Finish() { return factory_->FinishGraph(); }
-
- private:
-  std::unique_ptr<IGraphFactory, FactoryReleaser> factory_;
-};
-
-void buildWithFactories(NestedGraphs& graphs) {
-  const IGraphLibrary& library = *graphs.library;
-
-  Builder inner(library, "inner", "$b1");
-  inner.Input("$a2", "tint");
-  inner.Input("$a1", "amount", floatValue(0.25f).get());
-  inner.Output("$a2", "out");
-  inner.Output("$a1", "amount");
-  const IGraphNode* innerMix = inner.Node("$c1", "mix");
-  const IGraphNode* innerConstant = inner.Node("$c2", "constant");
-  inner.Connect(inner.In(), "tint", innerMix, "a");
-  inner.Connect(inner.In(), "amount", innerMix, "amount");
-  inner.Default(innerConstant, 0, 2.0f);
-  inner.Connect(innerMix, "out", inner.Out(), "out");
-  inner.Connect(inner.In(), "amount", inner.Out(), "amount");
-  // Defaults on the input node's records: a step out of "inner" picks them up, and a
-  // later connected hop must drop them again.
-  inner.Default(inner.In(), 0, 0.625f);
-  inner.Default(inner.In(), 1, 0.875f);
-  graphs.inner = inner.Finish();
-
-  Builder middle(library, "middle", "$b2");
-  middle.Input("$a2", "tint");
-  middle.Input("$a1", "amount", floatValue(0.375f).get());
-  middle.Output("$a2", "result");
-  middle.Output("$a2", "passthrough");
-  middle.Output("$a1", "amount");
-  const IGraphNode* innerA = middle.Node(graphs.inner, "innerA");
-  const IGraphNode* innerB = middle.Node(graphs.inner, "innerB");
-  middle.Connect(middle.In(), "tint", innerA, "tint");
-  middle.Connect(middle.In(), "amount", innerA, "amount");
-  middle.Connect(innerA, "out", innerB, "tint");
-  middle.Default(innerB, 1, 0.75f);
-  middle.Connect(innerA, "out", middle.Out(), "result");
-  middle.Connect(middle.In(), "tint", middle.Out(), "passthrough");
-  middle.Connect(innerB, "amount", middle.Out(), "amount");
-  graphs.middle = middle.Finish();
-
-  Builder outer(library, "outer", "$b3");
-  outer.Input("$a1", "amount");
-  outer.Input("$a2", "tint");
-  outer.Output("$a2", "color");
-  outer.Output("$a1", "amount");
-  const IGraphNode* middleA = outer.Node(graphs.middle, "middleA");
-  const IGraphNode* middleB = outer.Node(graphs.middle, "middleB");
-  const IGraphNode* mix = outer.Node("$c1", "mix");
-  const IGraphNode* constant = outer.Node("$c2", "constant");
-  const IGraphNode* bare = outer.Node("$c3", "bare");
-  const IGraphNode* bareFed = outer.Node("$c3", "bare fed");
-  outer.Connect(outer.In(), "tint", middleA, "tint");
-  outer.Connect(constant, "out", middleA, "amount");
-  outer.Connect(middleA, "passthrough", middleB, "tint");
-  outer.Connect(middleB, "result", mix, "a");
-  outer.Connect(middleA, "passthrough", mix, "b");
-  outer.Connect(bare, "y", bareFed, "x");
-  outer.Connect(mix, "out", outer.Out(), "color");
-  outer.Connect(middleA, "amount", outer.Out(), "amount");
-  graphs.outer = outer.Finish();
-
-  graphs.innerAmountRecord = graphs.inner->GetNode(0)->GetInputDefault(1);
-  EXPECT_NE(graphs.innerAmountRecord, nullptr);
+// Stores `value` on the record of input `input` of the input node of `graph`, where a
+// graph factory keeps the defaults of the graph inputs; a file cannot hold them.
+const IValue* storeOnInputNode(const IGraph& graph, size_t input, float value) {
+  GraphNode& inputNode =
+      const_cast<Graph&>(dynamic_cast<const Graph&>(graph)).MutableNode(graph.GetInputNodeIndex());
+  inputNode.ResizeInputs();
+  inputNode.SetInputDefault(input, Value::CopyOf(*floatValue(value)));
+  return inputNode.GetInputDefault(input);
 }
 
 }  // namespace
@@ -206,18 +112,16 @@ const IGraphLibrary& baseLibrary() {
   return *base;
 }
 
-NestedGraphs makeNestedGraphs(BuiltBy builtBy) {
+NestedGraphs makeNestedGraphs() {
   NestedGraphs graphs;
-  if (builtBy == BuiltBy::File) {
-    graphs.library = loadLibraryText(graphText, &baseLibrary());
-    if (!graphs.library) return graphs;
-    graphs.outer = graphs.library->FindGraph(uuidOf("$b3"), false);
-    graphs.middle = graphs.library->FindGraph(uuidOf("$b2"), false);
-    graphs.inner = graphs.library->FindGraph(uuidOf("$b1"), false);
-  } else {
-    graphs.library.reset(createGraphLibrary(&baseLibrary(), "factory"));
-    buildWithFactories(graphs);
-  }
+  graphs.library = loadLibraryText(graphText, &baseLibrary());
+  if (!graphs.library) return graphs;
+  graphs.outer = graphs.library->FindGraph(uuidOf("$b3"), false);
+  graphs.middle = graphs.library->FindGraph(uuidOf("$b2"), false);
+  graphs.inner = graphs.library->FindGraph(uuidOf("$b1"), false);
+  // A step out of "inner" picks these up, and a later connected hop must drop them again.
+  storeOnInputNode(*graphs.inner, 0, 0.625f);
+  graphs.innerAmountRecord = storeOnInputNode(*graphs.inner, 1, 0.875f);
   return graphs;
 }
 

@@ -1,10 +1,6 @@
 #pragma once
 
-// Graphs nested three levels deep for the resolver tests, built twice over the same base
-// library: once loaded from a library file, once through graph factories. Both builds
-// give every node the same index and every input the same connection and defaults, so
-// one table of expectations holds for both; only the factory can store defaults on a
-// graph's input node.
+// Graphs nested three levels deep for the resolver tests, loaded from a library file:
 //
 //   outer (root):  0 inputs [amount, tint]    1 outputs [color <- 4.out, amount <- 2.amount]
 //                  2 middleA: middle   tint <- input tint, amount <- 5.out
@@ -22,7 +18,8 @@
 //                  2 mix               a <- input tint, b unconnected, amount <- input amount
 //                  3 constant          value unconnected, default 2
 //
-// The factory also stores defaults on inner's input node: tint 0.625, amount 0.875.
+// inner's input node also holds defaults for its inputs, as a graph factory stores them:
+// tint 0.625, amount 0.875. middle's input node holds none, as in any loaded graph.
 //
 // The base library: types float (default 0.125), color (default [0.5, 0.5, 0.5]) and
 // bare (no default); node classes mix (a: color; b: color = [1, 1, 1]; amount: float =
@@ -77,18 +74,15 @@ OwnedLibrary loadLibraryText(const std::string& text, const IGraphLibrary* paren
 // $c1 mix, $c2 constant, $c3 bare.
 const IGraphLibrary& baseLibrary();
 
-enum class BuiltBy { File, Factory };
-
 struct NestedGraphs {
   OwnedLibrary library;  // under baseLibrary()
   std::shared_ptr<const IGraph> outer;
   std::shared_ptr<const IGraph> middle;
   std::shared_ptr<const IGraph> inner;
-  // The default stored on inner's input node for its input "amount": set by the factory,
-  // null when loaded from the file (files do not hold the special nodes).
+  // The default stored on inner's input node for its input "amount".
   const IValue* innerAmountRecord = nullptr;
 };
 
-NestedGraphs makeNestedGraphs(BuiltBy builtBy);
+NestedGraphs makeNestedGraphs();
 
 }  // namespace mat::test::resolver

@@ -40,11 +40,10 @@ const PortSetting portSettings[] = {
      [](IPortPath& p) { p.SetOutputPort("y"); }, false, "y"},
     {"output y, then input x", [](IPortPath& p) { p.SetOutputPort("y"); },
      [](IPortPath& p) { p.SetInputPort("x"); }, true, "x"},
-    {"input x, then input with the empty name", [](IPortPath& p) { p.SetInputPort("x"); },
-     [](IPortPath& p) { p.SetInputPort(""); }, true, ""},
-    {"output y, then output with a longer name", [](IPortPath& p) { p.SetOutputPort("y"); },
-     [](IPortPath& p) { p.SetOutputPort("a much longer output name"); }, false,
-     "a much longer output name"},
+    {"input x, then input null", [](IPortPath& p) { p.SetInputPort("x"); },
+     [](IPortPath& p) { p.SetInputPort(nullptr); }, true, ""},
+    {"output y, then output null", [](IPortPath& p) { p.SetOutputPort("y"); },
+     [](IPortPath& p) { p.SetOutputPort(nullptr); }, false, ""},
 };
 
 TEST(PortPath, LastSetPortWins) {
