@@ -49,15 +49,6 @@ def test_resolving_follows_connections_through_graph_boundaries(materials, wood)
     assert resolver.resolve_input(6, "ior") == (None, None, [1.5])
 
 
-def test_stepping_out_of_a_nested_graph_takes_the_inputs_default(wood):
-    resolver = matgraph.Resolver(wood)
-    # Inside GrainPattern, "fineFrequency" multiplies the unconnected graph input "fineness".
-    key = resolver.key_from_path([4, 4])
-    assert resolver.node(key).name == "fineFrequency"
-    resolution = resolver.resolve_input(key, "b")
-    assert resolution.source is None and resolution.default == [4.0]
-
-
 def test_a_one_level_resolver_stops_at_nested_graph_nodes(wood):
     resolver = matgraph.Resolver(wood, flatten=False)
     assert resolver.resolve_input(5, "factor") == ((0, 4), 0, None)
