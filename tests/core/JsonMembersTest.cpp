@@ -29,12 +29,6 @@ const char* const item = R"({
   "words": "not a uuid"
 })";
 
-TEST(GetStringMember, ReturnsTheStringIncludingTheEmptyOne) {
-  const picojson::object object = parseObject(item);
-  EXPECT_EQ(getStringMember(object, "text"), "hello");
-  EXPECT_EQ(getStringMember(object, "empty"), "");
-}
-
 TEST(GetStringMember, RefusesAbsentAndNonStringMembersWithOneMessage) {
   const picojson::object object = parseObject(item);
   const char* const refused[] = {"absent", "Text", "number", "null", "object", "array", "bool"};

@@ -312,7 +312,7 @@ TEST(GraphNode, RefusesMalformedNodesWithOneExactLine) {
   }
 }
 
-// The graph factory edits copies of graphs through Connect, Disconnect and Clone.
+// The graph factory edits copies of graphs through Connect and Disconnect.
 class EditedNode : public testing::Test {
  protected:
   void SetUp() override {
@@ -367,27 +367,6 @@ TEST_F(EditedNode, ConnectingToTheInputNodeEndsAsTheNilPathDoes) {
   EXPECT_FALSE(target.GetInputConnection(1, nullptr, nullptr));
   ASSERT_NE(target.GetInputDefault(1), nullptr);
   EXPECT_EQ(target.GetInputDefault(1)->GetFloat(2), 3.0f);
-}
-
-TEST_F(EditedNode, CloneHasANewUUIDAndTheSameClassRecordsAndNameButNoPosition) {
-  const GraphNode& original = graph->GetGraphNode(2);
-  const std::shared_ptr<GraphNode> clone = original.Clone();
-  EXPECT_NE(clone->GetUUID(), original.GetUUID());
-  EXPECT_STREQ(clone->GetName(), "target");
-  EXPECT_EQ(clone->GetNodeKind(), ClassNode);
-  EXPECT_EQ(clone->GetNodeClass(), original.GetNodeClass());
-  size_t sourceNode = 9;
-  ASSERT_TRUE(clone->GetInputConnection(1, &sourceNode, nullptr));
-  EXPECT_EQ(sourceNode, 0u);
-  ASSERT_NE(clone->GetInputDefault(1), nullptr);
-  EXPECT_NE(clone->GetInputDefault(1), original.GetInputDefault(1));
-  EXPECT_EQ(picojson::value(saveValue(*clone->GetInputDefault(1))),
-            picojson::value(saveValue(*original.GetInputDefault(1))));
-  float x = 1;
-  float y = 1;
-  clone->GetEditorPosition(&x, &y);
-  EXPECT_EQ(x, 0.0f);
-  EXPECT_EQ(y, 0.0f);
 }
 
 }  // namespace

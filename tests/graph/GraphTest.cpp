@@ -117,8 +117,11 @@ TEST_F(SampleGraphs, SpecialNodeClassesPresentTheGraphSignatureOnBothSides) {
                    "Index out of Range: Input Index out of range");
   EXPECT_THROW_MSG(outputClass->GetOutput(2), InvalidDataAccess,
                    "Index out of Range: Output Index out of range");
-  EXPECT_EQ(inputClass->GetLibrary(), library.get());
-  EXPECT_EQ(outputClass->GetLibrary(), library.get());
+  for (const auto& special : {inputClass, outputClass}) {
+    EXPECT_FALSE(special->IsGraph());
+    EXPECT_EQ(special->AsGraph(), nullptr);
+    EXPECT_EQ(special->GetLibrary(), library.get());
+  }
   // The input node of a graph read from a file has one empty record per graph input.
   EXPECT_FALSE(outer->GetNode(0)->GetInputConnection(0, nullptr, nullptr));
   EXPECT_EQ(outer->GetNode(0)->GetInputDefault(0), nullptr);
@@ -299,6 +302,11 @@ TEST_F(SampleGraphs, CopyHasNewUUIDsAndTheSameNodesConnectionsAndDefaults) {
       EXPECT_EQ(copy->FindNodeIndex(node->GetUUID()), n);
       EXPECT_STREQ(node->GetName(), source->GetName());
       EXPECT_EQ(node->GetNodeKind(), source->GetNodeKind());
+      float x = 1;
+      float y = 1;
+      node->GetEditorPosition(&x, &y);  // positions are not copied
+      EXPECT_EQ(x, 0.0f);
+      EXPECT_EQ(y, 0.0f);
       if (n >= 2) {
         EXPECT_EQ(node->GetNodeClass(), source->GetNodeClass());
       }
@@ -312,6 +320,7 @@ TEST_F(SampleGraphs, CopyHasNewUUIDsAndTheSameNodesConnectionsAndDefaults) {
         }
         ASSERT_EQ(node->GetInputDefault(i) != nullptr, source->GetInputDefault(i) != nullptr);
         if (source->GetInputDefault(i) != nullptr) {
+          EXPECT_NE(node->GetInputDefault(i), source->GetInputDefault(i));
           EXPECT_EQ(picojson::value(saveValue(*node->GetInputDefault(i))),
                     picojson::value(saveValue(*source->GetInputDefault(i))));
         }

@@ -240,16 +240,6 @@ TEST_F(ValueWithSemantics, WritingGivesTheCanonicalObjectWhichRereadsToItself) {
   }
 }
 
-// Written back, the unresolved element keeps its UUID: see the rewrites above.
-TEST_F(ValueWithSemantics, UnresolvedSemanticIsANullElement) {
-  const Value value = readValue(std::string(R"({"component":"semantic","value":[")") +
-                                    knownSemantic + R"(",")" + unknownSemantic + R"("]})",
-                                &library);
-  ASSERT_EQ(value.GetCount(), 2u);
-  EXPECT_EQ(value.GetSemantic(0), semantic);
-  EXPECT_EQ(value.GetSemantic(1), nullptr);
-}
-
 TEST_F(ValueWithSemantics, HostSemanticValueWritesANullPointerAsEmptyText) {
   const ISemantic* elements[] = {semantic, nullptr};
   HostValue value(createValueSemantic(elements, 2));
