@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
 #include "core/GraphLibrary.h"
@@ -10,6 +9,7 @@
 #include "model/Semantic.h"
 #include "model/Type.h"
 #include "support/JsonText.h"
+#include "support/LibraryText.h"
 #include "support/TestSupport.h"
 
 namespace mat {
@@ -20,74 +20,67 @@ using test::addType;
 using test::parseJson;
 using test::parseObject;
 
-const char* const laterType = "7e000000-0000-0000-0000-000000000002";
-const char* const albedo = "5e000000-0000-0000-0000-000000000001";
+using test::files::uuidOf;
+using test::files::withUUIDs;
 
-// Items whose saved object is the object that was read, member for member, whether their
-// references are found or not. Which references are found (through the parent chain, and
-// only those defined earlier) is checked on whole files, in the loader's tests.
-const char* const typesWrittenAsRead[] = {
-    R"({"content":"type","uuid":"7e000000-0000-0000-0000-0000000000a1"})",
-    R"({"content":"type","uuid":"7e000000-0000-0000-0000-0000000000a1","desc":"color"})",
-    R"({"content":"type","uuid":"7e000000-0000-0000-0000-0000000000a1","desc":"color",
-        "default":{"component":"float","value":[0.5,0.25,1]}})",
-    R"({"content":"type","uuid":"7e000000-0000-0000-0000-0000000000a1",
-        "default":{"component":"string","value":"srgb"}})",
-    R"({"content":"type","uuid":"7e000000-0000-0000-0000-0000000000a1","desc":"tag",
-        "default":{"component":"semantic","value":["5e000000-0000-0000-0000-000000000001",
-                                                   "5e000000-0000-0000-0000-0000000000ff"]}})",
+// Items and what is written for them: the item itself unless `written` says otherwise,
+// whether its references are found or not. Which references are found (through the
+// parent chain, and only those defined earlier) is checked on whole files, in the
+// loader's tests.
+struct Rewrite {
+  const char* why;
+  const char* read;
+  const char* written;  // null when it is `read`
 };
 
-const char* const semanticsWrittenAsRead[] = {
-    R"({"content":"semantic","uuid":"5e000000-0000-0000-0000-0000000000a1","desc":"albedo",
-        "type":"7e000000-0000-0000-0000-000000000001"})",
-    R"({"content":"semantic","uuid":"5e000000-0000-0000-0000-0000000000a1",
-        "type":"7e000000-0000-0000-0000-0000000000ff"})",
-    R"({"content":"semantic","uuid":"5e000000-0000-0000-0000-0000000000a1","type":""})",
+const Rewrite rewrites[] = {
+    {"type without members, an unknown one dropped", R"({"content":"type","uuid":"$t9","x":5})",
+     R"({"content":"type","uuid":"$t9"})"},
+    {"type with a name", R"({"content":"type","uuid":"$t9","desc":"color"})", nullptr},
+    {"type with a name and a default",
+     R"({"content":"type","uuid":"$t9","desc":"color",
+         "default":{"component":"float","value":[0.5,0.25,1]}})",
+     nullptr},
+    {"type with a default only",
+     R"({"content":"type","uuid":"$t9","default":{"component":"string","value":"srgb"}})", nullptr},
+    {"type with a default of semantics found and not found",
+     R"({"content":"type","uuid":"$t9","desc":"tag",
+         "default":{"component":"semantic","value":["$s1","$s255"]}})",
+     nullptr},
+    {"semantic whose type is found",
+     R"({"content":"semantic","uuid":"$s9","desc":"a","type":"$t1"})", nullptr},
+    {"semantic whose type is not found", R"({"content":"semantic","uuid":"$s9","type":"$t255"})",
+     nullptr},
+    {"semantic with an empty type", R"({"content":"semantic","uuid":"$s9","type":""})", nullptr},
+    {"semantic without a type", R"({"content":"semantic","uuid":"$s9","desc":"albedo"})",
+     R"({"content":"semantic","uuid":"$s9","desc":"albedo","type":""})"},
 };
 
 class TypesAndSemantics : public testing::Test {
  protected:
   TypesAndSemantics() {
-    addType(library, "7e000000-0000-0000-0000-000000000001", R"({"desc":"color"})");
-    addSemantic(library, albedo,
-                R"({"desc":"albedo","type":"7e000000-0000-0000-0000-000000000001"})");
+    addType(library, uuidOf("$t1").c_str(), R"({"desc":"color"})");
+    addSemantic(library, uuidOf("$s1").c_str(), withUUIDs(R"({"desc":"albedo","type":"$t1"})"));
   }
   GraphLibrary library{nullptr, "base"};
 };
 
-TEST_F(TypesAndSemantics, TypeIsWrittenAsRead) {
-  for (const char* text : typesWrittenAsRead) {
-    SCOPED_TRACE(text);
-    const picojson::object item = parseObject(text);
-    const Type type(makeUUID(item.at("uuid").get<std::string>().c_str()), item, &library);
-    EXPECT_EQ(picojson::value(saveType(&type)), parseJson(text));
+TEST_F(TypesAndSemantics, ItemIsWrittenAsReadSaveForMembersItDoesNotRead) {
+  for (const Rewrite& rewrite : rewrites) {
+    SCOPED_TRACE(rewrite.why);
+    const picojson::object item = parseObject(withUUIDs(rewrite.read));
+    const UUID uuid = makeUUID(item.at("uuid").get<std::string>().c_str());
+    picojson::object written;
+    if (item.at("content").get<std::string>() == "type") {
+      const Type type(uuid, item, &library);
+      written = saveType(&type);
+    } else {
+      const Semantic semantic(uuid, item, &library);
+      written = saveSemantic(&semantic);
+    }
+    EXPECT_EQ(picojson::value(written),
+              parseJson(withUUIDs(rewrite.written ? rewrite.written : rewrite.read)));
   }
-}
-
-TEST_F(TypesAndSemantics, SemanticIsWrittenAsRead) {
-  for (const char* text : semanticsWrittenAsRead) {
-    SCOPED_TRACE(text);
-    const picojson::object item = parseObject(text);
-    const Semantic semantic(makeUUID(item.at("uuid").get<std::string>().c_str()), item, &library);
-    EXPECT_EQ(picojson::value(saveSemantic(&semantic)), parseJson(text));
-  }
-}
-
-TEST_F(TypesAndSemantics, TypeWithoutMembersHasNoNameAndNoDefault) {
-  const Type type(makeUUID(laterType), parseObject(R"({"content":"type","extra":5})"), &library);
-  EXPECT_STREQ(type.GetName(), "");
-  EXPECT_EQ(type.GetDefault(), nullptr);
-  EXPECT_EQ(picojson::value(saveType(&type)),
-            parseJson(R"({"content":"type","uuid":"7e000000-0000-0000-0000-000000000002"})"));
-}
-
-TEST_F(TypesAndSemantics, SemanticWithoutTypeIsWrittenWithEmptyType) {
-  const Semantic semantic(makeUUID(albedo), parseObject(R"({"desc":"albedo"})"), &library);
-  EXPECT_EQ(semantic.GetType(), nullptr);
-  EXPECT_EQ(picojson::value(saveSemantic(&semantic)),
-            parseJson(R"({"content":"semantic","uuid":"5e000000-0000-0000-0000-000000000001",
-                          "desc":"albedo","type":""})"));
 }
 
 struct BadItem {
@@ -122,11 +115,10 @@ TEST_F(TypesAndSemantics, RefusesMembersOfTheWrongKind) {
     SCOPED_TRACE(bad.why);
     const picojson::object item = parseObject(bad.item);
     if (bad.semantic) {
-      EXPECT_THROW_MSG((void)Semantic(makeUUID(albedo), item, &library), InputFileParsingException,
+      EXPECT_THROW_MSG((void)Semantic(UUID{}, item, &library), InputFileParsingException,
                        bad.message);
     } else {
-      EXPECT_THROW_MSG((void)Type(makeUUID(laterType), item, &library), InputFileParsingException,
-                       bad.message);
+      EXPECT_THROW_MSG((void)Type(UUID{}, item, &library), InputFileParsingException, bad.message);
     }
   }
 }
