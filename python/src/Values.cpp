@@ -32,28 +32,8 @@ const char* keywordOf(mat::ValueType kind) {
   return "none";
 }
 
-py::object elementToPython(const mat::IValue& value, size_t index, const py::object& owner) {
-  switch (value.GetValueType()) {
-    case mat::ValueType::Bool:
-      return py::bool_(value.GetBool(index));
-    case mat::ValueType::Int:
-      return py::int_(value.GetInt(index));
-    case mat::ValueType::Float:
-      return py::float_(static_cast<double>(value.GetFloat(index)));
-    case mat::ValueType::UUID:
-      return makeUUIDObject(value.GetUUID(index));
-    case mat::ValueType::String:
-      return textToPython(value.GetString(index));
-    case mat::ValueType::Semantic:
-      return wrapSemantic(value.GetSemantic(index), owner);
-    case mat::ValueType::None:
-      break;
-  }
-  return py::none();
-}
-
-// The elements of the library's own Value, read from its storage rather than one virtual
-// call per element: defaults are most of what a walk over node inputs converts.
+// The elements of a Value, read from its storage rather than one virtual call per element:
+// defaults are most of what a walk over node inputs converts.
 struct StorageToPython {
   const py::object& owner;
 
@@ -191,16 +171,11 @@ mat::Value::Storage convert(mat::ValueType kind, const std::vector<py::handle>& 
 
 py::object valueToPython(const mat::IValue* value, const py::object& owner) {
   if (value == nullptr) return py::none();
+  // Every value this module reaches is the library's own Value; any other is copied into one.
   if (typeid(*value) == typeid(mat::Value)) {
     return storageToPython(static_cast<const mat::Value*>(value)->GetStorage(), owner);
   }
-  const size_t count = value->GetCount();
-  py::list elements(count);
-  for (size_t i = 0; i < count; ++i) {
-    PyList_SET_ITEM(elements.ptr(), static_cast<Py_ssize_t>(i),
-                    elementToPython(*value, i, owner).release().ptr());
-  }
-  return elements;
+  return storageToPython(mat::Value::CopyOf(*value).GetStorage(), owner);
 }
 
 mat::ValueType valueTypeFromKeyword(const std::string& keyword) {
